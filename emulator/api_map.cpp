@@ -1,0 +1,216 @@
+// Map contents: symbols, submaps, objects and their states.
+#include <algorithm>
+#include <unordered_set>
+
+#include "emulator/arena.h"
+#include "emulator/emulator.h"
+#include "emulator/records.h"
+
+using namespace qxwemu;
+
+namespace {
+
+// The symbols named by a list, or null after setting the error when one of
+// them does not exist.
+bool ResolveSymbols(Map& map, const QXwSymbolIdList* ids, std::vector<Symbol*>* out) {
+  if (ids == nullptr || ids->count < 0 || (ids->count > 0 && ids->symbol_ids == nullptr)) {
+    SetError(QXW_ERR_BAD_ARGUMENT, "invalid symbol id list");
+    return false;
+  }
+  for (int i = 0; i < ids->count; ++i) {
+    Symbol* s = map.FindSymbol(ids->symbol_ids[i]);
+    if (s == nullptr) {
+      SetError(QXW_ERR_NO_SUCH_SYMBOL, "no such symbol: " + std::to_string(ids->symbol_ids[i]));
+      return false;
+    }
+    out->push_back(s);
+  }
+  return true;
+}
+
+bool ResolveObjects(Map& map, const QXwObjectIdList* ids, std::vector<Object*>* out) {
+  if (ids == nullptr || ids->count < 0 || (ids->count > 0 && ids->object_ids == nullptr)) {
+    SetError(QXW_ERR_BAD_ARGUMENT, "invalid object id list");
+    return false;
+  }
+  for (int i = 0; i < ids->count; ++i) {
+    Object* o = map.FindObject(ids->object_ids[i]);
+    if (o == nullptr) {
+      SetError(QXW_ERR_NO_SUCH_OBJECT, "no such object: " + std::to_string(ids->object_ids[i]));
+      return false;
+    }
+    out->push_back(o);
+  }
+  return true;
+}
+
+bool Writable(const Map& map) {
+  if (map.permissions == QXW_MAP_READ_ONLY) {
+    SetError(QXW_ERR_READ_ONLY);
+    return false;
+  }
+  return true;
+}
+
+void QueueSymbolEvent(int code, Map& map, const std::vector<const Symbol*>& symbols) {
+  if (symbols.empty()) return;
+  Event e;
+  e.code = code;
+  e.symbols = BuildSymbolList(map, symbols);
+  Queue(e);
+}
+
+// Sets the managed state of objects and the status of their symbols; one
+// event 25 reports the symbols whose status changed.
+int SetManaged(Call& call, QXwMapInfo* mapArg, QXwObjectIdList* ids, bool managed) {
+  if (call.Failing()) return -1;
+  Map* map = OpenMap(mapArg);
+  std::vector<Object*> objects;
+  if (map == nullptr || !ResolveObjects(*map, ids, &objects)) return -1;
+  const QXwStatusType status = managed ? 0 : 1;
+  std::vector<const Symbol*> changed;
+  std::unordered_set<const Symbol*> seen;
+  for (Object* o : objects) {
+    o->managed = managed;
+    for (Symbol* s : o->symbols) {
+      if (s->status != status) {
+        s->status = status;
+        if (seen.insert(s).second) changed.push_back(s);
+      }
+    }
+  }
+  QueueSymbolEvent(QXW_EVENT_SYMBOLS_STATUS, *map, changed);
+  return 0;
+}
+
+}  // namespace
+
+extern "C" {
+
+QXwSymbolList* QXwListSymbols(QXwMapInfo* mapArg, QXwSubmapId submapId, QXwPlaneType planes,
+                              const char* appName) {
+  Call call(k_QXwListSymbols);
+  if (call.Failing()) return nullptr;
+  Map* map = OpenMap(mapArg);
+  if (map == nullptr) return nullptr;
+  const Submap* submap = map->FindSubmap(submapId);
+  if (submap == nullptr) {
+    SetError(QXW_ERR_NO_SUCH_SUBMAP, "no such submap: " + std::to_string(submapId));
+    return nullptr;
+  }
+  const bool byApp = appName != nullptr && *appName != '\0';
+  std::vector<const Symbol*> chosen;
+  chosen.reserve(submap->symbols.size());
+  for (const Symbol* s : submap->symbols) {
+    if ((s->plane & planes) == 0) continue;
+    if (byApp && std::find(s->apps->begin(), s->apps->end(), appName) == s->apps->end()) continue;
+    chosen.push_back(s);
+  }
+  return BuildSymbolList(*map, chosen);
+}
+
+QXwSymbolList* QXwGetSymbolsByObject(QXwMapInfo* mapArg, QXwObjectId objectId) {
+  Call call(k_QXwGetSymbolsByObject);
+  if (call.Failing()) return nullptr;
+  Map* map = OpenMap(mapArg);
+  if (map == nullptr) return nullptr;
+  const Object* object = map->FindObject(objectId);
+  if (object == nullptr) {
+    SetError(QXW_ERR_NO_SUCH_OBJECT, "no such object: " + std::to_string(objectId));
+    return nullptr;
+  }
+  return BuildSymbolList(*map, {object->symbols.begin(), object->symbols.end()});
+}
+
+void QXwFreeSymbolList(QXwSymbolList* list) {
+  CountCall(k_QXwFreeSymbolList);
+  Arena::Release(list);
+}
+
+QXwSubmapInfo* QXwGetSubmapInfo(QXwMapInfo* mapArg, QXwSubmapId submapId) {
+  Call call(k_QXwGetSubmapInfo);
+  if (call.Failing()) return nullptr;
+  Map* map = OpenMap(mapArg);
+  if (map == nullptr) return nullptr;
+  const Submap* submap = map->FindSubmap(submapId);
+  if (submap == nullptr) {
+    SetError(QXW_ERR_NO_SUCH_SUBMAP, "no such submap: " + std::to_string(submapId));
+    return nullptr;
+  }
+  return BuildSubmapInfo(*submap);
+}
+
+void QXwFreeSubmapInfo(QXwSubmapInfo* submap) {
+  CountCall(k_QXwFreeSubmapInfo);
+  Arena::Release(submap);
+}
+
+QXwObjectInfo* QXwGetObjectInfo(QXwMapInfo* mapArg, QXwObjectId objectId) {
+  Call call(k_QXwGetObjectInfo);
+  if (call.Failing()) return nullptr;
+  Map* map = OpenMap(mapArg);
+  if (map == nullptr) return nullptr;
+  const Object* object = map->FindObject(objectId);
+  if (object == nullptr) {
+    SetError(QXW_ERR_NO_SUCH_OBJECT, "no such object: " + std::to_string(objectId));
+    return nullptr;
+  }
+  return BuildObjectInfo(*object);
+}
+
+void QXwFreeObjectInfo(QXwObjectInfo* object) {
+  CountCall(k_QXwFreeObjectInfo);
+  Arena::Release(object);
+}
+
+int QXwDeleteSymbols(QXwMapInfo* mapArg, QXwSymbolIdList* ids) {
+  Call call(k_QXwDeleteSymbols);
+  if (call.Failing()) return -1;
+  Map* map = OpenMap(mapArg);
+  std::vector<Symbol*> symbols;
+  if (map == nullptr || !Writable(*map) || !ResolveSymbols(*map, ids, &symbols)) return -1;
+  std::vector<QXwSymbolId> named(ids->symbol_ids, ids->symbol_ids + ids->count);
+  QueueSymbolEvent(QXW_EVENT_SYMBOLS_DELETED, *map, map->SymbolsToRemove(named));
+  map->RemoveSymbols(named);
+  return 0;
+}
+
+int QXwSetSymbolsVisibility(QXwMapInfo* mapArg, QXwSymbolIdList* ids, QXwBoolean hidden) {
+  Call call(k_QXwSetSymbolsVisibility);
+  if (call.Failing()) return -1;
+  Map* map = OpenMap(mapArg);
+  std::vector<Symbol*> symbols;
+  if (map == nullptr || !Writable(*map) || !ResolveSymbols(*map, ids, &symbols)) return -1;
+  const bool hide = hidden != 0;
+  std::vector<const Symbol*> changed;
+  for (Symbol* s : symbols) {
+    if (s->hidden != hide) {
+      s->hidden = hide;
+      changed.push_back(s);
+    }
+  }
+  QueueSymbolEvent(hide ? QXW_EVENT_SYMBOLS_HIDDEN : QXW_EVENT_SYMBOLS_UNHIDDEN, *map, changed);
+  return 0;
+}
+
+int QXwSetObjectAckState(QXwMapInfo* mapArg, QXwObjectIdList* ids, QXwBoolean acknowledged) {
+  Call call(k_QXwSetObjectAckState);
+  if (call.Failing()) return -1;
+  Map* map = OpenMap(mapArg);
+  std::vector<Object*> objects;
+  if (map == nullptr || !ResolveObjects(*map, ids, &objects)) return -1;
+  for (Object* o : objects) o->acknowledged = acknowledged != 0;
+  return 0;
+}
+
+int _QXwManageObjects(QXwMapInfo* mapArg, QXwObjectIdList* ids) {
+  Call call(k__QXwManageObjects);
+  return SetManaged(call, mapArg, ids, true);
+}
+
+int _QXwUnmanageObjects(QXwMapInfo* mapArg, QXwObjectIdList* ids) {
+  Call call(k__QXwUnmanageObjects);
+  return SetManaged(call, mapArg, ids, false);
+}
+
+}  // extern "C"

@@ -1,0 +1,23 @@
+// The emulator's own C++ interface, for tests and tools: the control
+// protocol without a socket.
+#ifndef SKIFF_EMULATOR_QXWEMU_H_
+#define SKIFF_EMULATOR_QXWEMU_H_
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace qxwemu {
+
+// Applies one control command and returns its one-line JSON reply. From the
+// thread that runs the event loop, or while no thread is inside
+// QXwProcessEvent, the command is applied at once; otherwise it is handed to
+// the loop and this call waits for the reply.
+std::string Control(std::string_view line);
+
+// The number of events queued and not yet delivered.
+size_t PendingEvents();
+
+}  // namespace qxwemu
+
+#endif  // SKIFF_EMULATOR_QXWEMU_H_
