@@ -8,9 +8,9 @@
 #include <cstring>
 
 #include "emulator/arena.h"
-#include "emulator/erase.h"
 #include "emulator/control.h"
 #include "emulator/emulator.h"
+#include "emulator/erase.h"
 #include "emulator/loader.h"
 #include "emulator/records.h"
 #include "platform/qxtrace.h"
@@ -94,8 +94,8 @@ void CallHandler(const Registration& r, Event& e, QXwMapInfo* current) {
       reinterpret_cast<QXwSymbolProc>(r.proc)(ud, e.code, current, &e.symbols->symbols[0]);
       return;
     case QXW_EVENT_SYMBOL_NORMALIZE:
-      reinterpret_cast<QXwSymbolNormalizeProc>(r.proc)(ud, e.code, current,
-                                                       &e.symbols->symbols[0], e.flag);
+      reinterpret_cast<QXwSymbolNormalizeProc>(r.proc)(ud, e.code, current, &e.symbols->symbols[0],
+                                                       e.flag);
       return;
     case QXW_EVENT_SUBMAPS_CREATED:
     case QXW_EVENT_SUBMAPS_DELETED:
@@ -141,8 +141,9 @@ void DeliverOne(std::unique_lock<std::mutex>& lock) {
   for (const Registration& r : handlers) CallHandler(r, e, current);
   lock.lock();
   Arena::Release(current);
+  const bool endOfSession = e.code == QXW_EVENT_END_SESSION;
   ReleaseEvent(e);
-  if (e.code == QXW_EVENT_END_SESSION && s.open) s.ended = true;
+  if (endOfSession && s.open) s.ended = true;
 }
 
 // Marks the calling thread as the one inside the event loop.

@@ -49,6 +49,8 @@ char* strcpy_new(char* dest, const char* src) { return std::strcpy(dest, src); }
 char* strncpy_new(char* dest, const char* src, size_t n) { return std::strncpy(dest, src, n); }
 char* strdup_new(const char* s) { return strdup(s); }
 char* strchr_new(const char* s, int c) { return const_cast<char*>(std::strchr(s, c)); }
-struct hostent* gethostbyname_new(const char* name) { return gethostbyname(name); }
+struct hostent* gethostbyname_new(const char* name) {
+  return gethostbyname(name);
+}
 
 }  // extern "C"

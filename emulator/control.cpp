@@ -484,7 +484,8 @@ Json CmdFail(const Words& w, std::string_view) {
   }
   Failure next;
   next.active = true;
-  if (w.size() >= 3) next.code = static_cast<int>(ParseInteger(w[2], INT32_MIN, INT32_MAX, "the code"));
+  if (w.size() >= 3)
+    next.code = static_cast<int>(ParseInteger(w[2], INT32_MIN, INT32_MAX, "the code"));
   if (w.size() == 4) next.remaining = ParseInteger(w[3], 1, INT32_MAX, "the count");
   f = next;
   return Ok();
@@ -497,8 +498,16 @@ struct CommandEntry {
 
 const std::vector<CommandEntry>& Commands() {
   static const std::vector<CommandEntry> commands = {
-      {"ping", [](const Words& w, std::string_view) { ExpectWords(w, 1, 1); return Ok(); }},
-      {"sync", [](const Words& w, std::string_view) { ExpectWords(w, 1, 1); return Ok(); }},
+      {"ping",
+       [](const Words& w, std::string_view) {
+         ExpectWords(w, 1, 1);
+         return Ok();
+       }},
+      {"sync",
+       [](const Words& w, std::string_view) {
+         ExpectWords(w, 1, 1);
+         return Ok();
+       }},
       {"dump", CmdDump},
       {"counters", CmdCounters},
       {"reset-counters", CmdResetCounters},

@@ -1,10 +1,13 @@
 #include "emulator/loader.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
-#include <fstream>
+#include <cstdio>
+#include <iterator>
 #include <limits>
+#include <optional>
 #include <set>
-#include <sstream>
 #include <unordered_set>
 
 namespace qxwemu {
@@ -30,7 +33,7 @@ class Reader {
   void Rename(std::string entity) { entity_ = std::move(entity); }
 
   const Json* Get(const char* key) {
-    read_.insert(key);
+    read_.push_back(key);
     auto it = element_.find(key);
     return it == element_.end() ? nullptr : &*it;
   }
@@ -92,14 +95,15 @@ class Reader {
 
   void Done() const {
     for (const auto& [key, value] : element_.items()) {
-      if (read_.count(key) == 0) throw MapError(entity_, "unknown key " + Quote(key));
+      bool read = std::any_of(read_.begin(), read_.end(), [&](const char* k) { return key == k; });
+      if (!read) throw MapError(entity_, "unknown key " + Quote(key));
     }
   }
 
  private:
   const Json& element_;
   std::string entity_;
-  std::set<std::string, std::less<>> read_;
+  std::vector<const char*> read_;  // the keys asked for (string literals)
 };
 
 std::string Positional(const char* kind, size_t position) {
@@ -331,7 +335,9 @@ class MapSax {
   }
 
   std::string Current() const {
-    return level_ == 2 ? key_ + " at position " + std::to_string(position_) : Quote(key_);
+    if (level_ != 2) return Quote(key_);
+    // "objects" names its elements "object", and so on.
+    return key_.substr(0, key_.size() - 1) + " at position " + std::to_string(position_);
   }
 
   bool Value(Json v) {
@@ -413,6 +419,14 @@ class MapBuilder : public MapSax::Handler {
     }
   }
 
+  void AddObject(const Json& element, size_t position) {
+    Object object = ParseObject(element, *map_, position);
+    if (map_->FindObject(object.id) != nullptr)
+      throw MapError(IdName("object", object.id), "id is used twice");
+    for (const FieldValue& v : object.fields) CheckSelectionNameFree(*map_, object, v);
+    map_->AddObject(std::move(object));
+  }
+
   void Section(const std::string& key, Json& value) override {
     if (key == "map") {
       Reader r(value, "map");
@@ -428,6 +442,7 @@ class MapBuilder : public MapSax::Handler {
       sawMap_ = true;
     } else if (key == "standardFields" || key == "fields") {
       if (fieldsFromEarlierPass_) return;
+      if (!fieldsFinal_) fieldSectionsSeen_ = true;
       if (key == "standardFields") {
         if (!value.is_boolean()) throw MapError("standardFields", "must be true or false");
         standard_ = value.get<bool>();
@@ -444,26 +459,41 @@ class MapBuilder : public MapSax::Handler {
     if (key == "objects") {
       FreezeFields();
       if (needsSecondPass_) return;
-      Object object = ParseObject(element, *map_, position);
-      if (map_->FindObject(object.id) != nullptr) throw MapError(IdName("object", object.id), "id is used twice");
-      for (const FieldValue& v : object.fields) CheckSelectionNameFree(*map_, object, v);
-      map_->AddObject(std::move(object));
+      // Until the file has said what its fields are, an object may use a
+      // field defined further on: its violation waits for the end.
+      try {
+        AddObject(element, position);
+      } catch (const MapError& e) {
+        if (fieldSectionsSeen_ || fieldsFromEarlierPass_) throw;
+        if (!deferred_) deferred_ = e;
+      }
     } else if (key == "submaps") {
       Submap submap = ParseSubmap(element, position);
-      if (map_->FindSubmap(submap.id) != nullptr) throw MapError(IdName("submap", submap.id), "id is used twice");
+      if (map_->FindSubmap(submap.id) != nullptr)
+        throw MapError(IdName("submap", submap.id), "id is used twice");
       map_->AddSubmap(std::move(submap));
     } else {
-      // Symbols need their submap and object to be linked; they are kept
-      // until the end of the file, when every reference can be checked.
+      // A symbol is linked to its submap and object at once when both are
+      // known; otherwise it waits, with every symbol after it, for the end
+      // of the file. References to other symbols are checked at the end.
       Symbol symbol = ParseSymbol(element, *map_, position);
-      if (!symbolIds_.insert(symbol.id).second) throw MapError(IdName("symbol", symbol.id), "id is used twice");
-      pendingSymbols_.push_back(std::move(symbol));
+      if (map_->FindSymbol(symbol.id) != nullptr || pendingIds_.count(symbol.id) != 0) {
+        throw MapError(IdName("symbol", symbol.id), "id is used twice");
+      }
+      if (pendingSymbols_.empty() && map_->FindSubmap(symbol.submap) != nullptr &&
+          map_->FindObject(symbol.object) != nullptr) {
+        map_->AddSymbol(std::move(symbol));
+      } else {
+        pendingIds_.insert(symbol.id);
+        pendingSymbols_.push_back(std::move(symbol));
+      }
     }
   }
 
   // Checks every reference and links the symbols; throws MapError.
   std::unique_ptr<Map> Finish() {
     FreezeFields();
+    if (deferred_) throw *deferred_;
     if (!sawMap_) throw MapError("map", "the \"map\" section is missing");
     Map& map = *map_;
     for (Object* o : std::vector<Object*>(map.ObjectsInOrder())) CheckObjectRefs(map, *o);
@@ -471,14 +501,14 @@ class MapBuilder : public MapSax::Handler {
     if (map.FindSubmap(map.rootSubmap) == nullptr) {
       throw MapError("map", "rootSubmap " + std::to_string(map.rootSubmap) + " does not exist");
     }
-    // Symbols may name each other in any order, so all are known before
-    // any is checked.
     for (Symbol& s : pendingSymbols_) {
       if (map.FindSubmap(s.submap) == nullptr) {
-        throw MapError(IdName("symbol", s.id), "submap " + std::to_string(s.submap) + " does not exist");
+        throw MapError(IdName("symbol", s.id),
+                       "submap " + std::to_string(s.submap) + " does not exist");
       }
       if (map.FindObject(s.object) == nullptr) {
-        throw MapError(IdName("symbol", s.id), "object " + std::to_string(s.object) + " does not exist");
+        throw MapError(IdName("symbol", s.id),
+                       "object " + std::to_string(s.object) + " does not exist");
       }
     }
     for (Symbol& s : pendingSymbols_) map.AddSymbol(std::move(s));
@@ -511,17 +541,70 @@ class MapBuilder : public MapSax::Handler {
   bool fieldsFinal_ = false;
   bool fieldsFromEarlierPass_ = false;
   bool needsSecondPass_ = false;
+  bool fieldSectionsSeen_ = false;  // before the first object
+  std::optional<MapError> deferred_;
   bool sawMap_ = false;
-  std::unordered_set<QXwSymbolId> symbolIds_;
+  std::unordered_set<QXwSymbolId> pendingIds_;
   std::vector<Symbol> pendingSymbols_;
 };
 
-std::unique_ptr<Map> RunPass(std::string_view text, const std::vector<FieldDef>* knownFields,
+// Reads a file in chunks, as the characters of an input iterator, so that a
+// map file of any size costs one buffer of memory.
+class ChunkReader {
+ public:
+  explicit ChunkReader(FILE* file) : file_(file), buffer_(1 << 20) {}
+
+  void Rewind() {
+    std::rewind(file_);
+    pos_ = len_ = 0;
+  }
+  // False at the end of the file.
+  bool Available() {
+    if (pos_ < len_) return true;
+    len_ = std::fread(buffer_.data(), 1, buffer_.size(), file_);
+    pos_ = 0;
+    return len_ > 0;
+  }
+  char Current() const { return buffer_[pos_]; }
+  void Advance() { ++pos_; }
+
+ private:
+  FILE* file_;
+  std::vector<char> buffer_;
+  size_t pos_ = 0;
+  size_t len_ = 0;
+};
+
+class ChunkIterator {
+ public:
+  using iterator_category = std::input_iterator_tag;
+  using value_type = char;
+  using difference_type = std::ptrdiff_t;
+  using pointer = const char*;
+  using reference = char;
+
+  ChunkIterator() = default;  // the end
+  explicit ChunkIterator(ChunkReader* reader) : reader_(reader) {}
+
+  char operator*() const { return reader_->Current(); }
+  ChunkIterator& operator++() {
+    reader_->Advance();
+    return *this;
+  }
+  bool operator==(const ChunkIterator& other) const { return AtEnd() == other.AtEnd(); }
+  bool operator!=(const ChunkIterator& other) const { return !(*this == other); }
+
+ private:
+  bool AtEnd() const { return reader_ == nullptr || !reader_->Available(); }
+  ChunkReader* reader_ = nullptr;
+};
+
+template <class Iterator>
+std::unique_ptr<Map> RunPass(Iterator begin, Iterator end, const std::vector<FieldDef>* knownFields,
                              std::vector<FieldDef>* fieldsForSecondPass) {
   MapBuilder builder(knownFields);
   MapSax sax(builder);
-  bool ok = Json::sax_parse(text.begin(), text.end(), &sax, nlohmann::detail::input_format_t::json,
-                            true);
+  bool ok = Json::sax_parse(begin, end, &sax, nlohmann::detail::input_format_t::json, true);
   if (!ok) throw MapError("invalid JSON", sax.parseError());
   if (builder.needsSecondPass()) {
     *fieldsForSecondPass = builder.FieldTable();
@@ -542,9 +625,9 @@ std::vector<FieldDef> StandardFields() {
     d.list = list;
     f.push_back(std::move(d));
   };
-  for (const char* name : {"Selection Name", "IP Address", "SNMP ifPhysAddr", "IP Subnet Mask",
-                           "SNMP sysObjectID", "SNMP sysLocation", "SNMP sysDescr",
-                           "SNMP sysContact", "IP Hostname"}) {
+  for (const char* name :
+       {"Selection Name", "IP Address", "SNMP ifPhysAddr", "IP Subnet Mask", "SNMP sysObjectID",
+        "SNMP sysLocation", "SNMP sysDescr", "SNMP sysContact", "IP Hostname"}) {
     add(name, QXW_FIELD_STRING);
   }
   add("vendor", QXW_FIELD_ENUMERATION);
@@ -594,6 +677,7 @@ Object ParseObject(const Json& element, const Map& map, size_t position) {
   o.managed = r.Bool("managed", true);
   if (const Json* fields = r.Get("fields")) {
     if (!fields->is_object()) throw MapError(r.entity(), "\"fields\" must be a JSON object");
+    o.fields.reserve(fields->size());
     for (const auto& [name, value] : fields->items()) {
       const FieldDef* def = map.FieldByName(name);
       if (def == nullptr) throw MapError(r.entity(), "unknown field " + Quote(name));
@@ -677,8 +761,8 @@ void CheckSelectionNameFree(const Map& map, const Object& object, const FieldVal
     for (const Object* owner : *owners) {
       if (owner->id != object.id) {
         throw MapError("object " + std::to_string(object.id),
-                       "selection name " + Quote(value.scalar.text) + " is already used by object " +
-                           std::to_string(owner->id));
+                       "selection name " + Quote(value.scalar.text) +
+                           " is already used by object " + std::to_string(owner->id));
       }
     }
   }
@@ -705,8 +789,8 @@ void CheckSubmapRefs(Map& map, const Submap& s) {
     throw MapError(entity, "parentObject " + std::to_string(s.parentObject) + " does not exist");
   }
   if (parent->childSubmap != s.id) {
-    throw MapError(entity, "parentObject " + std::to_string(s.parentObject) +
-                               " has childSubmap " + std::to_string(parent->childSubmap));
+    throw MapError(entity, "parentObject " + std::to_string(s.parentObject) + " has childSubmap " +
+                               std::to_string(parent->childSubmap));
   }
 }
 
@@ -720,7 +804,8 @@ void CheckSymbolRefs(Map& map, const Symbol& s) {
   }
   if (s.variety == QXW_SYMBOL_ICON && s.pred != 0) {
     const Symbol* pred = map.FindSymbol(s.pred);
-    if (pred == nullptr) throw MapError(entity, "pred " + std::to_string(s.pred) + " does not exist");
+    if (pred == nullptr)
+      throw MapError(entity, "pred " + std::to_string(s.pred) + " does not exist");
     if (pred->submap != s.submap) {
       throw MapError(entity, "pred " + std::to_string(s.pred) + " lies on another submap");
     }
@@ -737,11 +822,9 @@ void CheckSymbolRefs(Map& map, const Symbol& s) {
 std::unique_ptr<Map> LoadMap(std::string_view text, const std::string& origin, std::string* error) {
   try {
     std::vector<FieldDef> fields;
-    std::unique_ptr<Map> map = RunPass(text, nullptr, &fields);
-    if (map == nullptr) map = RunPass(text, &fields, &fields);
+    std::unique_ptr<Map> map = RunPass(text.begin(), text.end(), nullptr, &fields);
+    if (map == nullptr) map = RunPass(text.begin(), text.end(), &fields, &fields);
     return map;
-  } catch (const MapError& e) {
-    *error = origin + ": " + e.what();
   } catch (const std::exception& e) {
     *error = origin + ": " + e.what();
   }
@@ -749,18 +832,27 @@ std::unique_ptr<Map> LoadMap(std::string_view text, const std::string& origin, s
 }
 
 std::unique_ptr<Map> LoadMapFile(const std::string& path, std::string* error) {
-  std::ifstream in(path, std::ios::binary);
-  if (!in) {
+  FILE* file = std::fopen(path.c_str(), "rb");
+  struct stat st {};
+  if (file == nullptr || fstat(fileno(file), &st) != 0 || !S_ISREG(st.st_mode)) {
+    if (file != nullptr) std::fclose(file);
     *error = path + ": cannot be read";
     return nullptr;
   }
-  std::ostringstream text;
-  text << in.rdbuf();
-  if (in.bad()) {
-    *error = path + ": cannot be read";
-    return nullptr;
+  std::unique_ptr<Map> map;
+  try {
+    ChunkReader reader(file);
+    std::vector<FieldDef> fields;
+    map = RunPass(ChunkIterator(&reader), ChunkIterator(), nullptr, &fields);
+    if (map == nullptr) {
+      reader.Rewind();
+      map = RunPass(ChunkIterator(&reader), ChunkIterator(), &fields, &fields);
+    }
+  } catch (const std::exception& e) {
+    *error = path + ": " + e.what();
   }
-  return LoadMap(text.str(), path, error);
+  std::fclose(file);
+  return map;
 }
 
 std::unique_ptr<Map> LoadDefaultMap(std::string* error) {

@@ -30,8 +30,7 @@ std::vector<FieldDef> StandardFields();
 
 // Loads a map from its text. `origin` names the file in messages. On any
 // violation returns null and sets `*error` to "origin: entity: problem".
-std::unique_ptr<Map> LoadMap(std::string_view text, const std::string& origin,
-                             std::string* error);
+std::unique_ptr<Map> LoadMap(std::string_view text, const std::string& origin, std::string* error);
 // Reads and loads a file; messages name it by `path`.
 std::unique_ptr<Map> LoadMapFile(const std::string& path, std::string* error);
 // The embedded default map (named "default.json" in messages).

@@ -30,7 +30,8 @@ std::vector<const Entity*> InOrder(const std::unordered_map<uint32_t, Entity>& a
   std::vector<const Entity*> out;
   out.reserve(all.size());
   for (const auto& [id, entity] : all) out.push_back(&entity);
-  std::sort(out.begin(), out.end(), [](const Entity* a, const Entity* b) { return a->seq < b->seq; });
+  std::sort(out.begin(), out.end(),
+            [](const Entity* a, const Entity* b) { return a->seq < b->seq; });
   return out;
 }
 

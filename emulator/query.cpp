@@ -163,7 +163,8 @@ bool EvaluateClause(Map& map, const Clause& clause, std::vector<QXwObjectId>* ou
           // enumeration renders by name and integers may differ in sign.
           for (const Object* o : map.ObjectsInOrder()) {
             const FieldValue* v = o->Find(def->id);
-            if (v != nullptr && RenderScalar(*def, v->scalar) == clause.value) out->push_back(o->id);
+            if (v != nullptr && RenderScalar(*def, v->scalar) == clause.value)
+              out->push_back(o->id);
           }
           return true;
         }

@@ -240,7 +240,8 @@ QXwEnumConstants* BuildEnumConstants(const FieldDef& field) {
   auto* constants = a.New<QXwEnumConstants>();
   constants->count = static_cast<int>(field.enumNames.size());
   constants->names = a.New<char*>(field.enumNames.size());
-  for (size_t i = 0; i < field.enumNames.size(); ++i) constants->names[i] = a.Text(field.enumNames[i]);
+  for (size_t i = 0; i < field.enumNames.size(); ++i)
+    constants->names[i] = a.Text(field.enumNames[i]);
   return a.Finish(constants);
 }
 

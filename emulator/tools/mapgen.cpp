@@ -23,14 +23,14 @@ namespace {
 
 struct Options {
   uint64_t seed = 1;
-  int locations = 2;      // top-level locations
-  int depth = 2;          // levels of locations
-  int sublocations = 1;   // locations inside each location above the last level
-  int networks = 2;       // networks in each innermost location
-  int segments = 2;       // segments per network
-  int nodes = 2;          // nodes per segment
-  int interfaces = 2;     // interfaces per node
-  int routers = 1;        // routers per innermost location
+  int locations = 2;       // top-level locations
+  int depth = 2;           // levels of locations
+  int sublocations = 1;    // locations inside each location above the last level
+  int networks = 2;        // networks in each innermost location
+  int segments = 2;        // segments per network
+  int nodes = 2;           // nodes per segment
+  int interfaces = 2;      // interfaces per node
+  int routers = 1;         // routers per innermost location
   int userPlaneEvery = 5;  // every Nth node gets a user-plane symbol (0: none)
   int hiddenEvery = 7;     // every Nth segment node symbol is hidden (0: none)
   int otherAppEvery = 6;   // every Nth node is shown on the Facilities submap (0: none)
@@ -132,7 +132,8 @@ class Generator {
     const uint32_t internetObject = NewObjectId();
     const uint32_t internet = NewSubmapId();
     facilitiesSubmap_ = o_.otherAppEvery > 0 ? NewSubmapId() : 0;
-    std::fprintf(out(), "{\n\"map\": {\"name\": \"campus\", \"permissions\": 2, \"rootSubmap\": %u},\n",
+    std::fprintf(out(),
+                 "{\n\"map\": {\"name\": \"campus\", \"permissions\": 2, \"rootSubmap\": %u},\n",
                  root);
     std::fputs("\"standardFields\": true,\n\"fields\": [],\n\"objects\": [\n", out());
 
@@ -144,8 +145,7 @@ class Generator {
 
     if (facilitiesSubmap_ != 0) {
       const uint32_t facilities = NewObjectId();
-      w_.Object(ObjectJson(facilities, facilitiesSubmap_, 0,
-                           "\"Selection Name\": \"Facilities\""));
+      w_.Object(ObjectJson(facilities, facilitiesSubmap_, 0, "\"Selection Name\": \"Facilities\""));
       w_.Submap(SubmapJson(facilitiesSubmap_, "Facilities", kOtherApp, 0, facilities));
       Icon(root, facilities, "Facilities", "Building:Facilities", kOtherApp, 2, 0, 60, 20);
     }
@@ -157,15 +157,14 @@ class Generator {
       LocationResult r = Location(internet, internetObject, std::to_string(l), 1, &routerObject);
       topSymbols.push_back(r.symbol);
       topRouterObjects.push_back(routerObject);
-      Icon(root, r.object, "Location " + std::to_string(l), "Location:Building", "", 4, 0, 100 + l * 40,
-           80);
+      Icon(root, r.object, "Location " + std::to_string(l), "Location:Building", "", 4, 0,
+           100 + l * 40, 80);
     }
 
     // Meta-connections between neighbouring top-level locations.
-    for (size_t i = 0; i + 1 < topSymbols.size(); ++i) MetaConnection(internet, topSymbols[i],
-                                                                      topSymbols[i + 1],
-                                                                      topRouterObjects[i],
-                                                                      topRouterObjects[i + 1]);
+    for (size_t i = 0; i + 1 < topSymbols.size(); ++i)
+      MetaConnection(internet, topSymbols[i], topSymbols[i + 1], topRouterObjects[i],
+                     topRouterObjects[i + 1]);
     w_.Finish();
   }
 
@@ -184,7 +183,8 @@ class Generator {
   static std::string SubmapJson(uint32_t id, const std::string& name, const char* app, int policy,
                                 uint32_t parent) {
     char buf[256];
-    std::snprintf(buf, sizeof(buf), "{\"id\": %u, \"name\": %s, \"app\": %s, \"policy\": %d, \"parentObject\": %u}",
+    std::snprintf(buf, sizeof(buf),
+                  "{\"id\": %u, \"name\": %s, \"app\": %s, \"policy\": %d, \"parentObject\": %u}",
                   id, Quote(name).c_str(), Quote(app).c_str(), policy, parent);
     return buf;
   }
@@ -204,8 +204,9 @@ class Generator {
     uint32_t id = NewSymbolId();
     std::string s = "{\"id\": " + std::to_string(id) + ", \"submap\": " + std::to_string(submap) +
                     ", \"object\": " + std::to_string(object) + ", \"label\": " + Quote(label) +
-                    ", \"type\": " + Quote(type) + ", \"variety\": 1, \"plane\": " +
-                    std::to_string(plane) + ", \"status\": " + std::to_string(status) +
+                    ", \"type\": " + Quote(type) +
+                    ", \"variety\": 1, \"plane\": " + std::to_string(plane) +
+                    ", \"status\": " + std::to_string(status) +
                     ", \"statusSource\": " + std::to_string(statusSource) + ", \"apps\": [" +
                     (app.empty() ? "" : Quote(app)) + "]";
     if (hidden) s += ", \"hidden\": true";
@@ -219,12 +220,13 @@ class Generator {
     return id;
   }
 
-  uint32_t Connection(uint32_t submap, uint32_t object, uint32_t e1, uint32_t e2, const std::string& type,
-                      bool meta = false) {
+  uint32_t Connection(uint32_t submap, uint32_t object, uint32_t e1, uint32_t e2,
+                      const std::string& type, bool meta = false) {
     uint32_t id = NewSymbolId();
     w_.Symbol("{\"id\": " + std::to_string(id) + ", \"submap\": " + std::to_string(submap) +
               ", \"object\": " + std::to_string(object) + ", \"type\": " + Quote(type) +
-              ", \"variety\": 2, \"plane\": 2, \"statusSource\": 1, \"apps\": [\"IP Map\"], \"endpoint1\": " +
+              ", \"variety\": 2, \"plane\": 2, \"statusSource\": 1, \"apps\": [\"IP Map\"], "
+              "\"endpoint1\": " +
               std::to_string(e1) + ", \"endpoint2\": " + std::to_string(e2) +
               (meta ? ", \"metaConnection\": true" : "") + "}");
     return id;
@@ -241,12 +243,14 @@ class Generator {
     const uint32_t object = NewObjectId();
     const uint32_t submap = NewSubmapId();
     const std::string name = "Location " + path;
-    w_.Object(ObjectJson(object, submap, 0,
-                         "\"Selection Name\": " + Quote(name) +
-                             ", \"isLocation\": true, \"Location ID\": " + std::to_string(parentObject)));
+    w_.Object(
+        ObjectJson(object, submap, 0,
+                   "\"Selection Name\": " + Quote(name) +
+                       ", \"isLocation\": true, \"Location ID\": " + std::to_string(parentObject)));
     w_.Submap(SubmapJson(submap, name, kIpMap, 0, object));
-    const uint32_t symbol = Icon(parentSubmap, object, name, level == 1 ? "Location:Building" : "Location:Floor",
-                                 kIpMap, 2, random_.Below(3), 40 * level, 40 * level);
+    const uint32_t symbol =
+        Icon(parentSubmap, object, name, level == 1 ? "Location:Building" : "Location:Floor",
+             kIpMap, 2, random_.Below(3), 40 * level, 40 * level);
     if (level < o_.depth) {
       for (int s = 1; s <= o_.sublocations; ++s) {
         uint32_t router = 0;
@@ -280,18 +284,19 @@ class Generator {
   NetworkResult Network(uint32_t locationSubmap, uint32_t locationObject) {
     ++networkCount_;
     NetworkResult n;
-    n.prefix = "10." + std::to_string((networkCount_ >> 8) & 255) + "." + std::to_string(networkCount_ & 255);
+    n.prefix = "10." + std::to_string((networkCount_ >> 8) & 255) + "." +
+               std::to_string(networkCount_ & 255);
     n.object = NewObjectId();
     n.submap = NewSubmapId();
     w_.Object(ObjectJson(n.object, n.submap, 0,
-                         "\"Selection Name\": " + Quote(n.prefix) + ", \"IP Address\": " +
-                             Quote(n.prefix + ".0") +
+                         "\"Selection Name\": " + Quote(n.prefix) +
+                             ", \"IP Address\": " + Quote(n.prefix + ".0") +
                              ", \"IP Subnet Mask\": \"255.255.255.0\", \"isNetwork\": true, "
                              "\"Location ID\": " +
                              std::to_string(locationObject)));
     w_.Submap(SubmapJson(n.submap, n.prefix, kIpMap, 0, n.object));
-    n.symbol = Icon(locationSubmap, n.object, n.prefix, "Network:IP Network", kIpMap, 2, random_.Below(3),
-                    40 + 40 * (networkCount_ % 16), 200);
+    n.symbol = Icon(locationSubmap, n.object, n.prefix, "Network:IP Network", kIpMap, 2,
+                    random_.Below(3), 40 + 40 * (networkCount_ % 16), 200);
     int segments = o_.segments + (networkCount_ == 1 && o_.wide > 0 ? 1 : 0);
     for (int s = 1; s <= segments; ++s) {
       bool wide = networkCount_ == 1 && o_.wide > 0 && s == segments;
@@ -304,9 +309,10 @@ class Generator {
     const uint32_t object = NewObjectId();
     const uint32_t submap = NewSubmapId();
     const std::string name = wide ? "wide-segment" : n.prefix + ".Segment" + std::to_string(index);
-    w_.Object(ObjectJson(object, submap, 0,
-                         "\"Selection Name\": " + Quote(name) +
-                             ", \"isSegment\": true, \"TopM Network ID\": " + std::to_string(n.object)));
+    w_.Object(
+        ObjectJson(object, submap, 0,
+                   "\"Selection Name\": " + Quote(name) +
+                       ", \"isSegment\": true, \"TopM Network ID\": " + std::to_string(n.object)));
     w_.Submap(SubmapJson(submap, name, kIpMap, 0, object));
     n.segmentSymbols.push_back(
         Icon(n.submap, object, name, "Segment:Bus", kIpMap, 2, 0, 60 * index, 40));
@@ -322,7 +328,8 @@ class Generator {
 
   std::string Address(NetworkResult& n) {
     int host = n.nextHost++;
-    return n.prefix + "." + std::to_string(host % 250 + 1) + (host > 250 ? "." + std::to_string(host / 250) : "");
+    return n.prefix + "." + std::to_string(host % 250 + 1) +
+           (host > 250 ? "." + std::to_string(host / 250) : "");
   }
 
   std::string PhysAddress() {
@@ -339,31 +346,35 @@ class Generator {
   };
 
   // One interface object and its symbol on the owner's submap.
-  InterfaceResult Interface(uint32_t owner, uint32_t ownerSubmap, const std::string& ownerName, int index,
-                        NetworkResult& n, uint32_t segment) {
+  InterfaceResult Interface(uint32_t owner, uint32_t ownerSubmap, const std::string& ownerName,
+                            int index, NetworkResult& n, uint32_t segment) {
     const uint32_t object = NewObjectId();
     const std::string ifName = "le" + std::to_string(index - 1);
     const std::string address = Address(n);
     const std::string phys = PhysAddress();
-    w_.Object(ObjectJson(object, 0, 0,
-                         "\"Selection Name\": " + Quote(ownerName + ":" + ifName) + ", \"IP Address\": " +
-                             Quote(address) + ", \"IP Subnet Mask\": \"255.255.255.0\", \"SNMP ifPhysAddr\": " +
-                             Quote(phys) + ", \"isInterface\": true, \"TopM Node ID\": " + std::to_string(owner) +
-                             ", \"TopM Segment ID\": " + std::to_string(segment) + ", \"TopM Network ID\": " +
-                             std::to_string(n.object)));
+    w_.Object(ObjectJson(
+        object, 0, 0,
+        "\"Selection Name\": " + Quote(ownerName + ":" + ifName) +
+            ", \"IP Address\": " + Quote(address) +
+            ", \"IP Subnet Mask\": \"255.255.255.0\", \"SNMP ifPhysAddr\": " + Quote(phys) +
+            ", \"isInterface\": true, \"TopM Node ID\": " + std::to_string(owner) +
+            ", \"TopM Segment ID\": " + std::to_string(segment) +
+            ", \"TopM Network ID\": " + std::to_string(n.object)));
     Icon(ownerSubmap, object, ifName, "Card:Ethernet", kIpMap, 2, random_.Below(2), 30 * index, 30);
-    return {address, std::to_string(index) + " " + ifName + " " + address + " 255.255.255.0 " + phys};
+    return {address,
+            std::to_string(index) + " " + ifName + " " + address + " 255.255.255.0 " + phys};
   }
 
   std::string NodeFields(const std::string& name, const std::string& firstAddress, bool router) {
-    std::string f = "\"Selection Name\": " + Quote(name) + ", \"IP Hostname\": " +
-                    Quote(name + ".campus.example") + ", \"IP Address\": " + Quote(firstAddress) +
-                    ", \"isNode\": true";
+    std::string f = "\"Selection Name\": " + Quote(name) +
+                    ", \"IP Hostname\": " + Quote(name + ".campus.example") +
+                    ", \"IP Address\": " + Quote(firstAddress) + ", \"isNode\": true";
     if (router) f += ", \"isRouter\": true";
     f += ", \"isSNMPSupported\": " + std::string(random_.Below(4) != 0 ? "true" : "false");
     f += ", \"vendor\": " + Quote(kVendors[random_.Below(6)]);
     f += ", \"SNMPAgent\": " + std::to_string(random_.Below(5));
-    f += ", \"SNMP sysObjectID\": " + Quote(".1.3.6.1.4.1." + std::to_string(1000 + random_.Below(9000)));
+    f += ", \"SNMP sysObjectID\": " +
+         Quote(".1.3.6.1.4.1." + std::to_string(1000 + random_.Below(9000)));
     f += ", \"SNMP sysDescr\": " + Quote(router ? "Router OS 12.4" : "Workstation OS 5.1");
     f += ", \"SNMP sysLocation\": \"Campus\", \"SNMP sysContact\": \"noc@campus.example\"";
     f += ", \"isSNMPProxied\": false";
@@ -400,10 +411,11 @@ class Generator {
     const bool hidden = o_.hiddenEvery > 0 && nodeCount_ % o_.hiddenEvery == 0;
     // The first node of a segment is placed by coordinates, the others each
     // after the one before.
-    const uint32_t onSegment = Icon(segmentSubmap, object, name, "Computer:Workstation", kIpMap, 2, status,
-                                    40 * k, 80, hidden, 1, predOnSegment);
-    n.lastNetworkNodeSymbol = Icon(n.submap, object, name, "Computer:Workstation", kIpMap, 2, status,
-                                   80 + 20 * (nodeCount_ % 30), 120 + 20 * (nodeCount_ / 30 % 30));
+    const uint32_t onSegment = Icon(segmentSubmap, object, name, "Computer:Workstation", kIpMap, 2,
+                                    status, 40 * k, 80, hidden, 1, predOnSegment);
+    n.lastNetworkNodeSymbol =
+        Icon(n.submap, object, name, "Computer:Workstation", kIpMap, 2, status,
+             80 + 20 * (nodeCount_ % 30), 120 + 20 * (nodeCount_ / 30 % 30));
     if (o_.userPlaneEvery > 0 && nodeCount_ % o_.userPlaneEvery == 0) {
       Icon(n.submap, object, name, "Computer:Workstation", "", 4, status, 10, 300);
     }
@@ -426,26 +438,30 @@ class Generator {
     }
     const int compound = random_.Below(5);
     std::string firstAddress = networks.empty() ? "" : networks[0].prefix + ".254";
-    w_.Object(ObjectJson(object, submap, 0, NodeFields(name, firstAddress, true) + ", " + InterfaceList(strings),
+    w_.Object(ObjectJson(object, submap, 0,
+                         NodeFields(name, firstAddress, true) + ", " + InterfaceList(strings),
                          compound));
     w_.Submap(SubmapJson(submap, name, kIpMap, 0, object));
-    const uint32_t symbol = Icon(locationSubmap, object, name, "Connector:Router", kIpMap, 2, compound,
-                                 300, 300, false, 2);
+    const uint32_t symbol = Icon(locationSubmap, object, name, "Connector:Router", kIpMap, 2,
+                                 compound, 300, 300, false, 2);
     for (NetworkResult& n : networks) {
-      const uint32_t onNetwork = Icon(n.submap, object, name, "Connector:Router", kIpMap, 2, compound,
-                                      20, 20, false, 2);
-      Icon(n.firstSegmentSubmap, object, name, "Connector:Router", kIpMap, 2, compound, 20, 60, false, 2);
+      const uint32_t onNetwork =
+          Icon(n.submap, object, name, "Connector:Router", kIpMap, 2, compound, 20, 20, false, 2);
+      Icon(n.firstSegmentSubmap, object, name, "Connector:Router", kIpMap, 2, compound, 20, 60,
+           false, 2);
       for (uint32_t segmentSymbol : n.segmentSymbols) {
-        Connection(n.submap, LinkObject(name + "/" + n.prefix + "/" + std::to_string(segmentSymbol)),
+        Connection(n.submap,
+                   LinkObject(name + "/" + n.prefix + "/" + std::to_string(segmentSymbol)),
                    onNetwork, segmentSymbol, "Connection:IP");
       }
-      Connection(locationSubmap, LinkObject(name + "/" + n.prefix), symbol, n.symbol, "Connection:IP");
+      Connection(locationSubmap, LinkObject(name + "/" + n.prefix), symbol, n.symbol,
+                 "Connection:IP");
     }
     return object;
   }
 
-  void MetaConnection(uint32_t internet, uint32_t fromSymbol, uint32_t toSymbol, uint32_t fromRouter,
-                      uint32_t toRouter) {
+  void MetaConnection(uint32_t internet, uint32_t fromSymbol, uint32_t toSymbol,
+                      uint32_t fromRouter, uint32_t toRouter) {
     const uint32_t object = NewObjectId();
     const uint32_t submap = NewSubmapId();
     const std::string name = "meta-" + std::to_string(fromSymbol) + "-" + std::to_string(toSymbol);
@@ -453,8 +469,10 @@ class Generator {
     w_.Submap(SubmapJson(submap, name, kIpMap, 3, object));
     Connection(internet, object, fromSymbol, toSymbol, "Connection:Meta", true);
     if (fromRouter != 0 && toRouter != 0) {
-      uint32_t a = Icon(submap, fromRouter, "router", "Connector:Router", kIpMap, 2, 0, 20, 20, false, 2);
-      uint32_t b = Icon(submap, toRouter, "router", "Connector:Router", kIpMap, 2, 0, 120, 20, false, 2);
+      uint32_t a =
+          Icon(submap, fromRouter, "router", "Connector:Router", kIpMap, 2, 0, 20, 20, false, 2);
+      uint32_t b =
+          Icon(submap, toRouter, "router", "Connector:Router", kIpMap, 2, 0, 120, 20, false, 2);
       Connection(submap, LinkObject(name + "/link"), a, b, "Connection:Serial");
     }
   }
@@ -551,8 +569,9 @@ int main(int argc, char** argv) {
   }
   if (o.objects > 0) {
     // Objects per network: the network, its segments, their nodes with
-    // their interfaces, and the router links.
-    long perNetwork = 1 + o.segments * (1 + static_cast<long>(o.nodes) * (1 + o.interfaces)) + o.segments;
+    // their interfaces, and per router an interface and the links.
+    long perNetwork = 1 + o.segments * (1 + static_cast<long>(o.nodes) * (1 + o.interfaces)) +
+                      static_cast<long>(o.routers) * (o.segments + 2);
     long leaves = o.locations;
     for (int d = 1; d < o.depth; ++d) leaves *= std::max(1, o.sublocations);
     o.networks = static_cast<int>(std::max(1L, o.objects / (perNetwork * std::max(1L, leaves))));

@@ -144,7 +144,8 @@ void OnMapClose(void*, int code, QXwMapInfo* map, time_t) {
 void OnSymbols(void*, int code, QXwMapInfo*, QXwSymbolList* list) {
   Json j = Event(code);
   Json symbols = Json::array();
-  for (int i = 0; list != nullptr && i < list->count; ++i) symbols.push_back(SymbolJson(list->symbols[i]));
+  for (int i = 0; list != nullptr && i < list->count; ++i)
+    symbols.push_back(SymbolJson(list->symbols[i]));
   j["symbols"] = symbols;
   Print(j);
 }
@@ -165,7 +166,8 @@ void OnNormalize(void*, int code, QXwMapInfo*, QXwSymbolInfo* symbol, QXwBoolean
 void OnSubmaps(void*, int code, QXwMapInfo*, QXwSubmapList* list) {
   Json j = Event(code);
   Json submaps = Json::array();
-  for (int i = 0; list != nullptr && i < list->count; ++i) submaps.push_back(SubmapJson(list->submaps[i]));
+  for (int i = 0; list != nullptr && i < list->count; ++i)
+    submaps.push_back(SubmapJson(list->submaps[i]));
   j["submaps"] = submaps;
   Print(j);
 }
@@ -179,7 +181,8 @@ void OnSubmap(void*, int code, QXwMapInfo*, QXwSubmapInfo* submap) {
 void OnObjects(void*, int code, QXwMapInfo*, QXwObjectList* list) {
   Json j = Event(code);
   Json objects = Json::array();
-  for (int i = 0; list != nullptr && i < list->count; ++i) objects.push_back(ObjectJson(list->objects[i]));
+  for (int i = 0; list != nullptr && i < list->count; ++i)
+    objects.push_back(ObjectJson(list->objects[i]));
   j["objects"] = objects;
   Print(j);
 }

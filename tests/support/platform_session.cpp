@@ -6,10 +6,17 @@
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 
 #include "emulator/qxwemu.h"
 
 namespace skifftest {
+
+std::string TestMap(const std::string& name) {
+  std::ifstream in(std::string(SKIFF_TEST_MAPS) + "/" + name, std::ios::binary);
+  EXPECT_TRUE(in.good()) << "no test map " << name;
+  return std::string(std::istreambuf_iterator<char>(in), {});
+}
 
 std::string WriteTempFile(const std::string& text, const std::string& suffix) {
   const char* dir = std::getenv("TMPDIR");

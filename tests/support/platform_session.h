@@ -12,6 +12,9 @@
 
 namespace skifftest {
 
+// The text of a test map in tests/maps/.
+std::string TestMap(const std::string& name);
+
 // Writes `text` to a new file under the temporary directory; returns its path.
 std::string WriteTempFile(const std::string& text, const std::string& suffix = ".json");
 
