@@ -1,0 +1,157 @@
+package com.quenda.skiff.trellis.bench;
+
+import com.quenda.skiff.trellis.server.QxwEventDispatcher;
+import com.quenda.skiff.trellis.server.QxwInterface;
+import java.io.IOException;
+import java.io.InputStream;
+import java.io.OutputStream;
+import java.net.InetAddress;
+import java.net.ServerSocket;
+import java.net.Socket;
+import java.nio.charset.StandardCharsets;
+import java.util.Arrays;
+import java.util.Locale;
+import java.util.concurrent.TimeUnit;
+
+/**
+ * Round-trip time of a row data request from a Java thread, against a bare loopback TCP
+ * ping-pong of the same message sizes between two threads of this JVM. Both are measured in
+ * alternating rounds in one run; prints both medians and their ratio as a Markdown section.
+ *
+ * <p>Arguments: [rounds [round trips per round]].
+ */
+public final class RoundTripBench {
+    // What request 2 for (1, 2, 3) and its answer are on the connection, NUL included.
+    private static final byte[] REQUEST = "2 1 2 3\0".getBytes(StandardCharsets.US_ASCII);
+    private static final byte[] ANSWER = "1\0".getBytes(StandardCharsets.US_ASCII);
+
+    /** Row data is a short constant: the figure is the channel's, not the row's. */
+    private static final class ConstantRows extends QxwEventDispatcher {
+        @Override
+        protected String getSymbolRowData(int symbolId, int objectId, int propertySetIndex) {
+            return "row";
+        }
+    }
+
+    /** The baseline: one loopback connection answered by a thread of its own. */
+    private static final class PingPong implements AutoCloseable {
+        private final ServerSocket listener;
+        private final Socket client;
+        private final InputStream in;
+        private final OutputStream out;
+        private final byte[] buffer = new byte[500];
+
+        PingPong() throws IOException {
+            listener = new ServerSocket(0, 1, InetAddress.getLoopbackAddress());
+            Thread server = new Thread(this::serve, "ping-pong server");
+            server.setDaemon(true);
+            server.start();
+            client = new Socket(InetAddress.getLoopbackAddress(), listener.getLocalPort());
+            client.setTcpNoDelay(true);
+            in = client.getInputStream();
+            out = client.getOutputStream();
+        }
+
+        private void serve() {
+            try (Socket peer = listener.accept()) {
+                peer.setTcpNoDelay(true);
+                InputStream peerIn = peer.getInputStream();
+                OutputStream peerOut = peer.getOutputStream();
+                byte[] received = new byte[500];
+                while (readMessage(peerIn, received)) peerOut.write(ANSWER);
+            } catch (IOException e) {
+                // The benchmark has ended.
+            }
+        }
+
+        void roundTrip() throws IOException {
+            out.write(REQUEST);
+            if (!readMessage(in, buffer)) throw new IOException("connection closed");
+        }
+
+        @Override
+        public void close() throws IOException {
+            client.close();
+            listener.close();
+        }
+    }
+
+    /** Reads up to a NUL, as the channel does; false at the end of the stream. */
+    private static boolean readMessage(InputStream in, byte[] buffer) throws IOException {
+        int held = 0;
+        for (;;) {
+            int n = in.read(buffer, held, buffer.length - held);
+            if (n < 0) return false;
+            for (int i = held; i < held + n; i++) {
+                if (buffer[i] == 0) return true;
+            }
+            held += n;
+        }
+    }
+
+    private interface RoundTrip {
+        void run() throws Exception;
+    }
+
+    private static void measure(RoundTrip roundTrip, long[] samples, int from, int count)
+            throws Exception {
+        for (int i = from; i < from + count; i++) {
+            long start = System.nanoTime();
+            roundTrip.run();
+            samples[i] = System.nanoTime() - start;
+        }
+    }
+
+    private static double medianMicros(long[] samples) {
+        long[] sorted = samples.clone();
+        Arrays.sort(sorted);
+        return sorted[sorted.length / 2] / 1000.0;
+    }
+
+    public static void main(String[] args) throws Exception {
+        int rounds = args.length > 0 ? Integer.parseInt(args[0]) : 20;
+        int perRound = args.length > 1 ? Integer.parseInt(args[1]) : 2000;
+
+        QxwEventDispatcher dispatcher = new ConstantRows();
+        QxwInterface client = new QxwInterface(dispatcher);
+        client.open(false, false, false);
+        Thread loop = new Thread(() -> {
+            if (dispatcher.connect(false, false, false, false)) dispatcher.listenForEvents();
+        }, "dispatcher");
+        loop.setDaemon(true);
+        loop.start();
+        if (client.awaitConnectionResults(30, TimeUnit.SECONDS) == null) {
+            throw new IllegalStateException("the dispatcher reported no connection results");
+        }
+        client.getSubmapAndSymbols(0);  // makes the one connection
+
+        RoundTrip request = () -> {
+            if (!client.getSymbolRowData(1, 2, 3)) throw new IllegalStateException("answered 0");
+        };
+        long[] requestSamples = new long[rounds * perRound];
+        long[] pingPongSamples = new long[rounds * perRound];
+        try (PingPong pingPong = new PingPong()) {
+            measure(request, new long[perRound], 0, perRound);  // warm-up
+            measure(pingPong::roundTrip, new long[perRound], 0, perRound);
+            for (int r = 0; r < rounds; r++) {
+                measure(request, requestSamples, r * perRound, perRound);
+                measure(pingPong::roundTrip, pingPongSamples, r * perRound, perRound);
+            }
+        }
+
+        double requestMedian = medianMicros(requestSamples);
+        double pingPongMedian = medianMicros(pingPongSamples);
+        System.out.printf(Locale.ROOT, "## Request round trip%n%n"
+                + "Row data request (request 2, %d bytes; answer %d bytes) from a Java thread,"
+                + " served on the dispatcher thread by a Java getSymbolRowData that returns a"
+                + " constant; baseline: loopback TCP ping-pong of the same sizes between two"
+                + " threads of the same JVM. %d round trips each, in %d alternating rounds.%n%n"
+                + "| measure | median |%n|---|---:|%n"
+                + "| row data request | %.1f µs |%n"
+                + "| loopback TCP ping-pong | %.1f µs |%n"
+                + "| ratio (goal below 1.5) | %.2f |%n",
+                REQUEST.length, ANSWER.length, rounds * perRound, rounds, requestMedian,
+                pingPongMedian, requestMedian / pingPongMedian);
+        System.exit(0);
+    }
+}

@@ -1,0 +1,38 @@
+#include "bridge/javacall.h"
+
+#include <cstdio>
+
+namespace skiff::jni {
+
+JNIEnv* AttachedEnv(JavaVM* pJVM) {
+  if (pJVM == nullptr) return nullptr;
+  JNIEnv* pEnv = nullptr;
+  if (pJVM->AttachCurrentThread(reinterpret_cast<void**>(&pEnv), nullptr) != JNI_OK) return nullptr;
+  return pEnv;
+}
+
+bool Resolve(JNIEnv* pEnv, jclass cls, JavaMethod& method, const char* context) {
+  method.id = method.kind == JavaMethod::Static
+                  ? pEnv->GetStaticMethodID(cls, method.name, method.signature)
+                  : pEnv->GetMethodID(cls, method.name, method.signature);
+  if (pEnv->ExceptionCheck()) {
+    // NoSuchMethodError: the id stays null and the method is never called.
+    pEnv->ExceptionClear();
+    method.id = nullptr;
+  }
+  if (method.id == nullptr) {
+    std::fprintf(stderr, "%s: Java method %s %s not found\n", context, method.name,
+                 method.signature);
+    return false;
+  }
+  return true;
+}
+
+bool Threw(JNIEnv* pEnv, const char* kind, const char* name) {
+  if (!pEnv->ExceptionCheck()) return false;
+  std::fprintf(stderr, "%s %s threw an exception\n", kind, name);
+  pEnv->ExceptionDescribe();  // writes the exception and its stack, and clears it
+  return true;
+}
+
+}  // namespace skiff::jni

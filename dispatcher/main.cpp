@@ -1,0 +1,158 @@
+#include "dispatcher/main.h"
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "bridge/text.h"
+#include "bridge/tracescope.h"
+#include "channel/qxwinterface.h"
+#include "dispatcher/fieldinfocache.h"
+#include "platform/qxwdb.h"
+#include "tables/scopingcache.h"
+
+using skiff::jni::JavaMethod;
+
+JavaVM* QxwEventDispatcher::m_pJVM = nullptr;
+jobject QxwEventDispatcher::m_object = nullptr;
+jclass QxwEventDispatcher::m_class = nullptr;
+QXwMapInfo* QxwEventDispatcher::m_pMap = nullptr;
+char* QxwEventDispatcher::m_mapNameForLocationTracking = nullptr;
+int QxwEventDispatcher::m_thisQxwSessionEnablesLocationTracking = 0;
+int QxwEventDispatcher::m_doInvokeJavaCallbacksForScopingUpdates = 0;
+int QxwEventDispatcher::m_doSetLocationIDFieldInCallbacks = 0;
+int QxwEventDispatcher::m_doSyncLocationIDFieldInSubLocations = 0;
+int QxwEventDispatcher::m_doSyncLocationIDFieldInNetworks = 0;
+int QxwEventDispatcher::m_doUseVerboseMode = 0;
+sockaddr_in QxwEventDispatcher::m_JavaCallbackSocketName{};
+
+#define SKIFF_DEFINE_JAVA_METHOD(name, signature, kind) \
+  JavaMethod QxwEventDispatcher::m_##name{#name, signature, JavaMethod::kind};
+SKIFF_DISPATCHER_JAVA_METHODS(SKIFF_DEFINE_JAVA_METHOD)
+#undef SKIFF_DEFINE_JAVA_METHOD
+
+#define SKIFF_DEFINE_FIELD_ID(member, fieldName) QXwFieldId QxwEventDispatcher::member = 0;
+SKIFF_DISPATCHER_FIELDS(SKIFF_DEFINE_FIELD_ID)
+#undef SKIFF_DEFINE_FIELD_ID
+
+namespace {
+
+// The root submap id of the open map, for client threads.
+std::atomic<QXwSubmapId> s_rootSubmapId{0};
+
+}  // namespace
+
+bool QxwEventDispatcher::Open(JNIEnv* pEnv, jobject object, const char* mapNameForLocationTracking,
+                              bool doInvokeJavaCallbacksForScopingUpdates,
+                              bool doSetLocationIDFieldInCallbacks,
+                              bool doSyncLocationIDFieldInSubLocations,
+                              bool doSyncLocationIDFieldInNetworks) {
+  SKIFF_TRACE("QxwEventDispatcher::Open");
+  pEnv->GetJavaVM(&m_pJVM);
+  // A repeated connect replaces the object. Open runs on the dispatcher
+  // thread, the only user of these references, so the earlier ones can go.
+  if (m_object != nullptr) pEnv->DeleteGlobalRef(m_object);
+  if (m_class != nullptr) pEnv->DeleteGlobalRef(m_class);
+  m_object = pEnv->NewGlobalRef(object);
+  skiff::jni::LocalRef<jclass> cls(pEnv, pEnv->GetObjectClass(object));
+  m_class = static_cast<jclass>(pEnv->NewGlobalRef(cls.get()));
+
+  std::free(m_mapNameForLocationTracking);
+  m_mapNameForLocationTracking =
+      mapNameForLocationTracking != nullptr ? strdup(mapNameForLocationTracking) : nullptr;
+  m_doInvokeJavaCallbacksForScopingUpdates = doInvokeJavaCallbacksForScopingUpdates;
+  m_doSetLocationIDFieldInCallbacks = doSetLocationIDFieldInCallbacks;
+  m_doSyncLocationIDFieldInSubLocations = doSyncLocationIDFieldInSubLocations;
+  m_doSyncLocationIDFieldInNetworks = doSyncLocationIDFieldInNetworks;
+
+#define SKIFF_RESOLVE_JAVA_METHOD(name, signature, kind) \
+  skiff::jni::Resolve(pEnv, m_class, m_##name, "QxwEventDispatcher::Open");
+  SKIFF_DISPATCHER_JAVA_METHODS(SKIFF_RESOLVE_JAVA_METHOD)
+#undef SKIFF_RESOLVE_JAVA_METHOD
+  return true;
+}
+
+bool QxwEventDispatcher::Connect() {
+  SKIFF_TRACE("QxwEventDispatcher::Connect");
+  const bool initialized = QXwInit() == 0;
+  if (initialized) {
+    SetMap(QXwGetMapInfo());
+    OpenFieldInfoCache();
+    CacheFieldIds();
+    m_thisQxwSessionEnablesLocationTracking =
+        ShouldEnableLocationTracking(m_pMap, m_mapNameForLocationTracking);
+    ScopingCache::OpenScopeCache();
+  }
+  // Error 2: the platform has no map information, yet the session is usable.
+  const bool usable = initialized || QXwError() == QXW_ERR_NO_MAP_INFO;
+  if (usable) {
+    EnableJavaCallbacks(true);
+  } else {
+    QxwInterface::SetConnectionResults(false, nullptr, true);
+  }
+  return usable;
+}
+
+void QxwEventDispatcher::Listen() {
+  SKIFF_TRACE("QxwEventDispatcher::Listen");
+  while (QXwProcessEvent() >= 0) {
+  }
+}
+
+void QxwEventDispatcher::CacheFieldIds() {
+  SKIFF_TRACE("QxwEventDispatcher::CacheFieldIds");
+#define SKIFF_INITIALIZE_FIELD(member, fieldName) InitializeField(&member, fieldName);
+  SKIFF_DISPATCHER_FIELDS(SKIFF_INITIALIZE_FIELD)
+#undef SKIFF_INITIALIZE_FIELD
+}
+
+bool QxwEventDispatcher::InitializeField(QXwFieldId* pFieldId, const char* fieldName) {
+  SKIFF_TRACE("QxwEventDispatcher::InitializeField");
+  *pFieldId = QXwDbFieldNameToFieldId(fieldName);
+  if (*pFieldId == 0) {
+    std::fprintf(stderr, "Could not obtain field id for field: %s\n", fieldName);
+    return false;
+  }
+  return true;
+}
+
+bool QxwEventDispatcher::ShouldEnableLocationTracking(const QXwMapInfo* pMap,
+                                                      const char* mapNameForLocationTracking) {
+  SKIFF_TRACE("QxwEventDispatcher::ShouldEnableLocationTracking");
+  return pMap != nullptr && mapNameForLocationTracking != nullptr &&
+         pMap->permissions == QXW_MAP_READ_WRITE && pMap->map_name != nullptr &&
+         std::strcmp(pMap->map_name, mapNameForLocationTracking) == 0;
+}
+
+void QxwEventDispatcher::SetVerbose(bool flag) {
+  SKIFF_TRACE("QxwEventDispatcher::SetVerbose");
+  m_doUseVerboseMode = flag;
+  ScopingCache::SetVerbose(flag);
+}
+
+void QxwEventDispatcher::PrintError(const char* errorString) {
+  SKIFF_TRACE("QxwEventDispatcher::PrintError");
+  skiff::jni::PrintErrorInJava(m_pJVM, m_class, m_printError, nullptr, errorString);
+}
+
+void QxwEventDispatcher::PrintError(const char* context, const char* errorString) {
+  SKIFF_TRACE("QxwEventDispatcher::PrintError");
+  skiff::jni::PrintErrorInJava(m_pJVM, m_class, m_printError, context, errorString);
+}
+
+in_port_t QxwEventDispatcher::GetJavaCallbackSocketPort() {
+  SKIFF_TRACE("QxwEventDispatcher::GetJavaCallbackSocketPort");
+  return __atomic_load_n(&m_JavaCallbackSocketName.sin_port, __ATOMIC_ACQUIRE);
+}
+
+QXwSubmapId QxwEventDispatcher::GetRootSubmapId() {
+  SKIFF_TRACE("QxwEventDispatcher::GetRootSubmapId");
+  return s_rootSubmapId.load(std::memory_order_acquire);
+}
+
+void QxwEventDispatcher::SetMap(QXwMapInfo* pMap) {
+  SKIFF_TRACE("QxwEventDispatcher::SetMap");
+  m_pMap = pMap;
+  s_rootSubmapId.store(pMap != nullptr ? pMap->root_submap_id : 0, std::memory_order_release);
+}

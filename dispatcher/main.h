@@ -1,0 +1,168 @@
+// QxwEventDispatcher: the one session with the map platform and the Java
+// dispatcher object that receives map content and map changes.
+//
+// The dispatcher thread calls connect and then listenForEvents; it alone
+// calls the platform and the Java dispatcher object: inside connect, inside
+// the platform's event handlers and inside the request server, which the
+// event loop runs whenever a client request arrives. Client threads read
+// only the request server's port and the root submap id.
+#ifndef SKIFF_DISPATCHER_MAIN_H_
+#define SKIFF_DISPATCHER_MAIN_H_
+
+#include <jni.h>
+#include <netinet/in.h>
+
+#include "bridge/javacall.h"
+#include "platform/qxw.h"
+
+// The Java dispatcher object's methods, in the order Open resolves them:
+// X(name, JNI signature, kind). Each is the member m_<name>.
+#define SKIFF_DISPATCHER_JAVA_METHODS(X)                                                         \
+  X(beginMapSync, "()V", Instance)                                                               \
+  X(endMapSync, "()V", Instance)                                                                 \
+  X(submapInCache, "(I)Z", Instance)                                                             \
+  X(qxwdbObjectInCache, "(I)Z", Instance)                                                        \
+  X(addSubmap,                                                                                   \
+    "(IILjava/lang/String;IZLjava/lang/String;)Lcom/quenda/skiff/trellis/server/Submap;",        \
+    Instance)                                                                                    \
+  X(addNodeSymbol,                                                                               \
+    "(IILjava/lang/String;Ljava/lang/String;Ljava/lang/String;IIIIZIIIII)"                       \
+    "Lcom/quenda/skiff/trellis/server/MapNodeSymbol;",                                           \
+    Instance)                                                                                    \
+  X(addParentPathInfo, "(I)V", Instance)                                                         \
+  X(addParentLocationInfo, "(II)V", Instance)                                                    \
+  X(addFoundSymbolInfo,                                                                          \
+    "(Ljava/lang/String;Ljava/lang/String;Ljava/lang/String;IIILjava/lang/String;I)V", Instance) \
+  X(addConnectionSymbol,                                                                         \
+    "(IILjava/lang/String;Ljava/lang/String;IIIIZII)"                                            \
+    "Lcom/quenda/skiff/trellis/server/MapConnectionSymbol;",                                     \
+    Instance)                                                                                    \
+  X(getSymbolRowData, "(III)Ljava/lang/String;", Instance)                                       \
+  X(synchronizeLayoutAppearance, "(I)V", Instance)                                               \
+  X(printError, "(Ljava/lang/String;)V", Static)                                                 \
+  X(getRootObjectSelectionNames, "()[Ljava/lang/String;", Instance)                              \
+  X(getManageObjectList, "(I)[I", Instance)                                                      \
+  X(getAckObjectList, "(I)[I", Instance)                                                         \
+  X(getVisibilityStateSymbolIds, "()[I", Instance)                                               \
+  X(getInterfaceAndNodeVisibilityStateObjectIds, "()[I", Instance)                               \
+  X(getDeleteSymbolsObjectIds, "()[I", Instance)                                                 \
+  X(qxwdbObjectFieldValuesInCache, "(I)Z", Instance)                                             \
+  X(setQxwdbObjectFieldValues, "(ILjava/util/Properties;)V", Instance)                           \
+  X(endSessionCB, "()V", Instance)                                                               \
+  X(symbolHiddenCB, "(IIZ)V", Instance)                                                          \
+  X(symbolUnhiddenCB, "(IIZ)V", Instance)                                                        \
+  X(symbolStatusChangeCB, "(IIIZ)V", Instance)                                                   \
+  X(symbolCreatedCB, "(Lcom/quenda/skiff/trellis/server/MapSymbol;I)V", Instance)                \
+  X(symbolDeletedCB, "(IIZ)V", Instance)                                                         \
+  X(symbolMovedCB, "(IIIIIIZZZ)V", Instance)                                                     \
+  X(symbolNormalizeChangeCB, "(IIZ)V", Instance)                                                 \
+  X(submapCreatedCB, "(II)V", Instance)                                                          \
+  X(submapDeletedCB, "(II)V", Instance)                                                          \
+  X(submapAutoLayoutChangeCB, "(IIZ)V", Instance)                                                \
+  X(mapOpenCB, "(Ljava/lang/String;ZI)V", Instance)                                              \
+  X(mapCloseCB, "(Ljava/lang/String;I)V", Instance)                                              \
+  X(scopingNetworkCreatedCB, "(I[I)V", Instance)                                                 \
+  X(scopingInterfacesCreatedCB, "([I[I)V", Instance)                                             \
+  X(scopingInterfacesDeletedCB, "([I)V", Instance)
+
+// The database fields whose ids Connect caches, in the order it resolves
+// them: X(member, field name). The first fourteen are the tool-tip fields.
+#define SKIFF_DISPATCHER_FIELDS(X)                     \
+  X(s_SelectionNameFieldId, "Selection Name")          \
+  X(s_IPAddressFieldId, "IP Address")                  \
+  X(s_SNMPifPhysAddrFieldId, "SNMP ifPhysAddr")        \
+  X(s_IPSubnetMaskFieldId, "IP Subnet Mask")           \
+  X(s_SNMPsysObjectIDFieldId, "SNMP sysObjectID")      \
+  X(s_SNMPsysLocationFieldId, "SNMP sysLocation")      \
+  X(s_SNMPsysDescrFieldId, "SNMP sysDescr")            \
+  X(s_SNMPsysContactFieldId, "SNMP sysContact")        \
+  X(s_vendorFieldId, "vendor")                         \
+  X(s_SNMPAgentFieldId, "SNMPAgent")                   \
+  X(s_isSNMPProxiedFieldId, "isSNMPProxied")           \
+  X(s_isSNMPSupportedFieldId, "isSNMPSupported")       \
+  X(s_isNormalizedFieldId, "isNormalized")             \
+  X(s_TopMInterfaceListFieldId, "TopM Interface List") \
+  X(s_isInterfaceFieldId, "isInterface")               \
+  X(s_TopMNodeIdFieldId, "TopM Node ID")               \
+  X(s_TopMSegmentIdFieldId, "TopM Segment ID")         \
+  X(s_TopMNetworkIdFieldId, "TopM Network ID")
+
+class QxwEventDispatcher {
+ public:
+  QxwEventDispatcher() = delete;
+
+  // Session state; zero or null until connect.
+  static JavaVM* m_pJVM;
+  static jobject m_object;    // global reference to the Java dispatcher object
+  static jclass m_class;      // global reference to its class
+  static QXwMapInfo* m_pMap;  // the open map, null while none; replace it with SetMap
+  static char* m_mapNameForLocationTracking;  // owned copy, or null
+  static int m_thisQxwSessionEnablesLocationTracking;
+  static int m_doInvokeJavaCallbacksForScopingUpdates;
+  static int m_doSetLocationIDFieldInCallbacks;
+  static int m_doSyncLocationIDFieldInSubLocations;
+  static int m_doSyncLocationIDFieldInNetworks;
+  static int m_doUseVerboseMode;
+  // The request server's listening address as the system assigned it.
+  static sockaddr_in m_JavaCallbackSocketName;
+
+#define SKIFF_DECLARE_JAVA_METHOD(name, signature, kind) static skiff::jni::JavaMethod m_##name;
+  SKIFF_DISPATCHER_JAVA_METHODS(SKIFF_DECLARE_JAVA_METHOD)
+#undef SKIFF_DECLARE_JAVA_METHOD
+
+#define SKIFF_DECLARE_FIELD_ID(member, fieldName) static QXwFieldId member;
+  SKIFF_DISPATCHER_FIELDS(SKIFF_DECLARE_FIELD_ID)
+#undef SKIFF_DECLARE_FIELD_ID
+
+  // Takes the Java dispatcher object and resolves its methods (a method that
+  // does not resolve is reported and never called); stores the map name for
+  // location tracking (copied) and the four flags. Always true.
+  static bool Open(JNIEnv* pEnv, jobject object, const char* mapNameForLocationTracking,
+                   bool doInvokeJavaCallbacksForScopingUpdates,
+                   bool doSetLocationIDFieldInCallbacks, bool doSyncLocationIDFieldInSubLocations,
+                   bool doSyncLocationIDFieldInNetworks);
+  // Opens the platform session and everything that lives with it, starts the
+  // request server and waits for the client's connection. True when the
+  // session is usable (also when the platform has no map information).
+  static bool Connect();
+  // Runs the platform's event loop until it can deliver no more events.
+  static void Listen();
+
+  // Resolves the database fields' ids; a field the database lacks keeps id 0.
+  static void CacheFieldIds();
+  // Stores the field's id in *pFieldId; false, with a message, when the
+  // database has no such field.
+  static bool InitializeField(QXwFieldId* pFieldId, const char* fieldName);
+  // True when the map is open for writing and is the one named.
+  static bool ShouldEnableLocationTracking(const QXwMapInfo* pMap,
+                                           const char* mapNameForLocationTracking);
+
+  static void SetVerbose(bool flag);
+  // Reports an error text through the Java dispatcher class's printError.
+  static void PrintError(const char* errorString);
+  // The same with a context in front, cut to 1,023 bytes.
+  static void PrintError(const char* context, const char* errorString);
+
+  // The request server's port in network byte order; 0 until it is bound.
+  // Any thread.
+  static in_port_t GetJavaCallbackSocketPort();
+  // The open map's root submap id, 0 while no map is open. Any thread.
+  static QXwSubmapId GetRootSubmapId();
+  // Makes `pMap` the open map (the caller frees the previous one) and
+  // publishes its root submap id to client threads.
+  static void SetMap(QXwMapInfo* pMap);
+
+  // The request server (channel/server.cpp): opens the listening socket,
+  // reports the connection results to the Java client object, accepts the
+  // library's own client connection and registers it with the event loop.
+  static void EnableJavaCallbacks(bool connectionEstablished);
+  // Serves the requests waiting on the client connection and answers them.
+  static void ServiceJavaRequestCB(int socketDescriptor, void* userData);
+
+  // Row data of a symbol (dispatcher/rowdata.cpp): the Java dispatcher
+  // object's getSymbolRowData string, null when it gave none.
+  static skiff::jni::LocalRef<jstring> GetSymbolRowData(QXwSymbolId symbolId, QXwObjectId objectId,
+                                                        int propertySetIndex);
+};
+
+#endif  // SKIFF_DISPATCHER_MAIN_H_

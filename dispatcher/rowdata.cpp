@@ -1,0 +1,16 @@
+// Row data of a symbol: computed by the Java side, on the dispatcher thread.
+#include <cstdio>
+
+#include "bridge/tracescope.h"
+#include "dispatcher/main.h"
+
+skiff::jni::LocalRef<jstring> QxwEventDispatcher::GetSymbolRowData(QXwSymbolId symbolId,
+                                                                   QXwObjectId objectId,
+                                                                   int propertySetIndex) {
+  SKIFF_TRACE("QxwEventDispatcher::GetSymbolRowData");
+  if (m_doUseVerboseMode) std::fputs("QxwEventDispatcher::GetSymbolRowData\n", stderr);
+  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  return skiff::jni::CallObject<jstring>(pEnv, m_object, m_getSymbolRowData,
+                                         static_cast<jint>(symbolId), static_cast<jint>(objectId),
+                                         static_cast<jint>(propertySetIndex));
+}

@@ -1,0 +1,184 @@
+package com.quenda.skiff.trellis.server;
+
+import java.util.concurrent.TimeUnit;
+
+/**
+ * The client side of the server: requests to the map, from any thread but the dispatcher thread.
+ *
+ * <p>Each request is sent to the dispatcher thread, served there between map events, and answered;
+ * the calling thread waits for the answer. Results reach the {@link QxwEventDispatcher} through its
+ * callbacks before the answer comes. Requests whose serving fetches ids or root names from the
+ * dispatcher are made through the public methods here, which store those arguments and send the
+ * request under one lock; all methods may be called from several threads at once.
+ *
+ * <p>{@link #open} must be called before the dispatcher's {@code connect}, which reports the
+ * connection results to this object; the first {@link #getSubmapAndSymbols} makes the connection.
+ */
+public class QxwInterface {
+    static {
+        System.loadLibrary("skiffqxw");
+    }
+
+    /** What the dispatcher's connect reported. */
+    public record ConnectionResults(boolean connectionEstablished, String mapName,
+            boolean readOnly) {}
+
+    private final QxwEventDispatcher dispatcher;
+    private final Object requestLock = new Object();
+    private final Object resultsLock = new Object();
+    private ConnectionResults connectionResults;  // guarded by resultsLock
+
+    public QxwInterface(QxwEventDispatcher dispatcher) {
+        this.dispatcher = dispatcher;
+    }
+
+    public QxwEventDispatcher getDispatcher() { return dispatcher; }
+
+    /** Takes this object as the client and sets the three verbose modes of the native library. */
+    public native void open(boolean doEnableVerboseJNI, boolean doEnableVerboseQXW,
+            boolean doEnableVerboseNSP);
+
+    /** Closes the connection; later requests are not sent. */
+    public native void close();
+
+    /** Reports a submap and its symbols to the dispatcher; 0 asks for the root submap. */
+    public native boolean getSubmapAndSymbols(int submapId);
+
+    /** True when the dispatcher's getSymbolRowData gave a row for the symbol. */
+    public native boolean getSymbolRowData(int symbolId, int objectId, int propertySetIndex);
+
+    /** Reports the top-most symbol of the node with that selection name. */
+    public native void getNodeSymbol(int customSubmapId, String selectionName,
+            String parentSelectionName);
+
+    native void getNodeParentPathInternal(String hostnameOrIPAddress,
+            String parentSelectionName, int numRootObjects);
+
+    native void getSymbolParentPathInternal(int symbolId, int submapId, int numRootObjects);
+
+    native void getOtherSymbolsInternal(int symbolId, int objectId, int numRootObjects);
+
+    native void getMatchingSymbolsInternal(int queryCategoryType, int queryMatchType,
+            String queryString, int numRootObjects);
+
+    native void getLocationScopingInfoInternal();
+
+    native void setAcknowledgeState(boolean doAcknowledge, int numObjs);
+
+    native void setManageState(boolean doManage, int numObjs);
+
+    native void setSymbolVisibilityStateInternal(boolean doSetHidden, int numSymbols);
+
+    native void setInterfaceAndNodeVisibilityStateInternal(boolean doSetHidden,
+            int numInterfaceObjects);
+
+    native void deleteAllSymbolsForObjectsInternal(int numObjects);
+
+    public void getNodeParentPath(String hostnameOrIPAddress, String parentSelectionName,
+            String[] rootObjectSelectionNames) {
+        synchronized (requestLock) {
+            dispatcher.setRootObjectSelectionNames(rootObjectSelectionNames);
+            getNodeParentPathInternal(hostnameOrIPAddress, parentSelectionName,
+                    rootObjectSelectionNames.length);
+        }
+    }
+
+    public void getSymbolParentPath(int symbolId, int submapId,
+            String[] rootObjectSelectionNames) {
+        synchronized (requestLock) {
+            dispatcher.setRootObjectSelectionNames(rootObjectSelectionNames);
+            getSymbolParentPathInternal(symbolId, submapId, rootObjectSelectionNames.length);
+        }
+    }
+
+    public void getOtherSymbols(int symbolId, int objectId, String[] rootObjectSelectionNames) {
+        synchronized (requestLock) {
+            dispatcher.setRootObjectSelectionNames(rootObjectSelectionNames);
+            getOtherSymbolsInternal(symbolId, objectId, rootObjectSelectionNames.length);
+        }
+    }
+
+    public void getMatchingSymbols(int queryCategoryType, int queryMatchType, String queryString,
+            String[] rootObjectSelectionNames) {
+        synchronized (requestLock) {
+            dispatcher.setRootObjectSelectionNames(rootObjectSelectionNames);
+            getMatchingSymbolsInternal(queryCategoryType, queryMatchType, queryString,
+                    rootObjectSelectionNames.length);
+        }
+    }
+
+    public void getLocationScopingInfo() {
+        synchronized (requestLock) {
+            getLocationScopingInfoInternal();
+        }
+    }
+
+    public void setAcknowledgeState(int[] objectIds, boolean doAcknowledge) {
+        synchronized (requestLock) {
+            dispatcher.setRequestIds(objectIds);
+            setAcknowledgeState(doAcknowledge, objectIds.length);
+        }
+    }
+
+    public void setManageState(int[] objectIds, boolean doManage) {
+        synchronized (requestLock) {
+            dispatcher.setRequestIds(objectIds);
+            setManageState(doManage, objectIds.length);
+        }
+    }
+
+    public void setSymbolVisibilityState(int[] symbolIds, boolean doSetHidden) {
+        synchronized (requestLock) {
+            dispatcher.setRequestIds(symbolIds);
+            setSymbolVisibilityStateInternal(doSetHidden, symbolIds.length);
+        }
+    }
+
+    public void setInterfaceAndNodeVisibilityState(int[] interfaceObjectIds,
+            boolean doSetHidden) {
+        synchronized (requestLock) {
+            dispatcher.setRequestIds(interfaceObjectIds);
+            setInterfaceAndNodeVisibilityStateInternal(doSetHidden, interfaceObjectIds.length);
+        }
+    }
+
+    public void deleteAllSymbolsForObjects(int[] objectIds) {
+        synchronized (requestLock) {
+            dispatcher.setRequestIds(objectIds);
+            deleteAllSymbolsForObjectsInternal(objectIds.length);
+        }
+    }
+
+    /**
+     * Waits for the connection results that the dispatcher's connect reports and takes them, so
+     * that a later call waits for those of a later connect; null when none came in time.
+     */
+    public ConnectionResults awaitConnectionResults(long timeout, TimeUnit unit)
+            throws InterruptedException {
+        long deadline = System.nanoTime() + unit.toNanos(timeout);
+        synchronized (resultsLock) {
+            while (connectionResults == null) {
+                long left = deadline - System.nanoTime();
+                if (left <= 0) return null;
+                TimeUnit.NANOSECONDS.timedWait(resultsLock, left);
+            }
+            ConnectionResults results = connectionResults;
+            connectionResults = null;
+            return results;
+        }
+    }
+
+    /** Called by the native library on the dispatcher thread during connect. */
+    protected void setConnectionResults(boolean connectionEstablished, String mapName,
+            boolean isReadOnly) {
+        synchronized (resultsLock) {
+            connectionResults = new ConnectionResults(connectionEstablished, mapName, isReadOnly);
+            resultsLock.notifyAll();
+        }
+    }
+
+    /** An error text from the native library. */
+    public static void printError(String errorText) {
+        System.err.println(errorText);
+    }
+}

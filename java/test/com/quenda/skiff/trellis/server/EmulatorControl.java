@@ -1,0 +1,55 @@
+package com.quenda.skiff.trellis.server;
+
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import java.io.BufferedReader;
+import java.io.IOException;
+import java.io.OutputStream;
+import java.net.UnixDomainSocketAddress;
+import java.nio.channels.Channels;
+import java.nio.channels.SocketChannel;
+import java.nio.charset.StandardCharsets;
+import java.util.regex.Matcher;
+import java.util.regex.Pattern;
+
+/**
+ * A client of the platform emulator's control socket (the path in QXW_CONTROL). Commands are
+ * applied by the dispatcher thread's event loop, so they are answered only while it runs.
+ */
+final class EmulatorControl implements AutoCloseable {
+    private final SocketChannel channel;
+    private final BufferedReader replies;
+    private final OutputStream commands;
+
+    EmulatorControl() throws IOException {
+        channel = SocketChannel.open(UnixDomainSocketAddress.of(System.getenv("QXW_CONTROL")));
+        replies = new BufferedReader(Channels.newReader(channel, StandardCharsets.UTF_8));
+        commands = Channels.newOutputStream(channel);
+    }
+
+    /** Sends one command and returns its one-line JSON reply. */
+    String command(String line) throws IOException {
+        commands.write((line + "\n").getBytes(StandardCharsets.UTF_8));
+        commands.flush();
+        return replies.readLine();
+    }
+
+    /** Sends a command that must succeed. */
+    String ok(String line) throws IOException {
+        String reply = command(line);
+        assertTrue(reply != null && reply.contains("\"ok\":true"), line + " -> " + reply);
+        return reply;
+    }
+
+    /** Calls of a platform function since the counters were last reset. */
+    long calls(String function) throws IOException {
+        Matcher m = Pattern.compile("\"" + Pattern.quote(function) + "\":(\\d+)")
+                .matcher(ok("counters"));
+        return m.find() ? Long.parseLong(m.group(1)) : 0;
+    }
+
+    @Override
+    public void close() throws IOException {
+        channel.close();
+    }
+}

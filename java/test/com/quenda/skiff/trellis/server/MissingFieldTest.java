@@ -1,0 +1,24 @@
+package com.quenda.skiff.trellis.server;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import org.junit.jupiter.api.Test;
+
+/** A database without "TopM Network ID" (QXW_MAP=no-network-id.json) still starts. */
+class MissingFieldTest {
+    @Test
+    void startsAndNamesTheMissingField() throws Exception {
+        TestSession session = new TestSession();
+        String stderr = TestNative.captureStderr(() -> {
+            assertEquals(new QxwInterface.ConnectionResults(true, "no network id", false),
+                    session.start(false, false, false));
+            assertTrue(session.connectClient());
+        });
+        assertEquals("Could not obtain field id for field: TopM Network ID\n", stderr);
+        assertTrue(session.client.getSymbolRowData(1, 2, 3));
+        try (EmulatorControl control = new EmulatorControl()) {
+            session.end(control);
+        }
+    }
+}

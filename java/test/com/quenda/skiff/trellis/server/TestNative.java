@@ -1,0 +1,57 @@
+package com.quenda.skiff.trellis.server;
+
+import java.nio.charset.StandardCharsets;
+
+/**
+ * Test-only natives: capture of the process's standard error (the native library writes to
+ * descriptor 2 directly, which System.setErr does not see), a look at the library's published
+ * state, its error reports, and a descriptor limit for failure paths.
+ */
+final class TestNative {
+    static {
+        System.loadLibrary("skiffqxw");
+        System.loadLibrary("skiffqxwtest");
+    }
+
+    private TestNative() {}
+
+    interface Action {
+        void run() throws Exception;
+    }
+
+    /** Runs the action and returns what the process wrote on standard error meanwhile. */
+    static String captureStderr(Action action) throws Exception {
+        System.err.flush();
+        beginStderrCapture();
+        byte[] captured;
+        try {
+            action.run();
+        } finally {
+            System.err.flush();
+            captured = endStderrCapture();
+        }
+        return new String(captured, StandardCharsets.UTF_8);
+    }
+
+    private static native void beginStderrCapture();
+
+    /** Ends the capture; what was captured also goes on to the real standard error. */
+    private static native byte[] endStderrCapture();
+
+    /** The request server's port, 0 before it is bound. */
+    static native int callbackPort();
+
+    /** The root submap id the client side substitutes for submap 0. */
+    static native int rootSubmapId();
+
+    /** The dispatcher's error report, with a context when it is not null. */
+    static native void printDispatcherError(String context, String errorText);
+
+    /** The client's error report, with a context when it is not null. */
+    static native void printClientError(String context, String errorText);
+
+    /** Lowers the process's descriptor limit so that no new descriptor can be made. */
+    static native boolean limitDescriptors();
+
+    static native void restoreDescriptors();
+}

@@ -1,0 +1,66 @@
+package com.quenda.skiff.trellis.server;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertNotNull;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import java.util.concurrent.CompletableFuture;
+import java.util.concurrent.TimeUnit;
+
+/**
+ * One platform session as the server runs it: a recording client and dispatcher, and a
+ * dispatcher thread that connects and then listens for events.
+ */
+final class TestSession {
+    static final long TIMEOUT_SECONDS = 30;
+
+    final RecordingDispatcher dispatcher = new RecordingDispatcher();
+    final RecordingInterface client = new RecordingInterface(dispatcher);
+    private final CompletableFuture<Boolean> connected = new CompletableFuture<>();
+    private final Thread thread = new Thread(this::run, "dispatcher");
+
+    private void run() {
+        boolean usable = dispatcher.connect(false, false, false, false);
+        dispatcher.record("connect returned", usable);
+        connected.complete(usable);
+        if (!usable) return;
+        dispatcher.listenForEvents();
+        dispatcher.record("listenForEvents returned");
+    }
+
+    /** Opens the client, starts the dispatcher thread and returns the connection results. */
+    QxwInterface.ConnectionResults start(boolean verboseJNI, boolean verboseQXW,
+            boolean verboseNSP) throws InterruptedException {
+        client.open(verboseJNI, verboseQXW, verboseNSP);
+        thread.setDaemon(true);
+        thread.start();
+        QxwInterface.ConnectionResults results =
+                client.awaitConnectionResults(TIMEOUT_SECONDS, TimeUnit.SECONDS);
+        assertNotNull(results, "no connection results");
+        return results;
+    }
+
+    /** Makes the client's one connection with its first submap request; connect's result. */
+    boolean connectClient() throws Exception {
+        client.getSubmapAndSymbols(0);
+        dispatcher.record("first getSubmapAndSymbols answered");
+        return connected.get(TIMEOUT_SECONDS, TimeUnit.SECONDS);
+    }
+
+    /** Starts a session on a map and connects its client. */
+    static TestSession started() throws Exception {
+        TestSession session = new TestSession();
+        assertTrue(session.start(false, false, false).connectionEstablished());
+        assertTrue(session.connectClient());
+        return session;
+    }
+
+    /** Ends the platform session and checks that listenForEvents returned. */
+    void end(EmulatorControl control) throws Exception {
+        control.ok("end-session");
+        thread.join(TimeUnit.SECONDS.toMillis(TIMEOUT_SECONDS));
+        assertFalse(thread.isAlive(), "listenForEvents did not return");
+        assertEquals("listenForEvents returned()", dispatcher.log().get(dispatcher.log().size() - 1));
+    }
+}

@@ -1,0 +1,110 @@
+// Test-only natives of TestNative: never part of the product library.
+#include <arpa/inet.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "bridge/text.h"
+#include "channel/qxwinterface.h"
+#include "com_quenda_skiff_trellis_server_TestNative.h"
+#include "dispatcher/main.h"
+
+namespace {
+
+int s_realStderr = -1;
+int s_captureFile = -1;
+rlimit s_savedLimit{};
+
+void WriteAll(int fd, const std::string& text) {
+  size_t written = 0;
+  while (written < text.size()) {
+    ssize_t n = write(fd, text.data() + written, text.size() - written);
+    if (n <= 0) return;
+    written += static_cast<size_t>(n);
+  }
+}
+
+}  // namespace
+
+JNIEXPORT void JNICALL Java_com_quenda_skiff_trellis_server_TestNative_beginStderrCapture(JNIEnv*,
+                                                                                          jclass) {
+  std::fflush(stderr);
+  char path[] = "/tmp/skiff-stderr-XXXXXX";
+  s_captureFile = mkstemp(path);
+  unlink(path);
+  s_realStderr = dup(2);
+  dup2(s_captureFile, 2);
+}
+
+JNIEXPORT jbyteArray JNICALL
+Java_com_quenda_skiff_trellis_server_TestNative_endStderrCapture(JNIEnv* pEnv, jclass) {
+  std::fflush(stderr);
+  dup2(s_realStderr, 2);
+  close(s_realStderr);
+  std::string captured;
+  lseek(s_captureFile, 0, SEEK_SET);
+  char buffer[4096];
+  for (ssize_t n; (n = read(s_captureFile, buffer, sizeof(buffer))) > 0;) {
+    captured.append(buffer, static_cast<size_t>(n));
+  }
+  close(s_captureFile);
+  WriteAll(2, captured);
+  jbyteArray bytes = pEnv->NewByteArray(static_cast<jsize>(captured.size()));
+  if (bytes != nullptr) {
+    pEnv->SetByteArrayRegion(bytes, 0, static_cast<jsize>(captured.size()),
+                             reinterpret_cast<const jbyte*>(captured.data()));
+  }
+  return bytes;
+}
+
+JNIEXPORT jint JNICALL Java_com_quenda_skiff_trellis_server_TestNative_callbackPort(JNIEnv*,
+                                                                                    jclass) {
+  return ntohs(QxwEventDispatcher::GetJavaCallbackSocketPort());
+}
+
+JNIEXPORT jint JNICALL Java_com_quenda_skiff_trellis_server_TestNative_rootSubmapId(JNIEnv*,
+                                                                                    jclass) {
+  return static_cast<jint>(QxwEventDispatcher::GetRootSubmapId());
+}
+
+JNIEXPORT void JNICALL Java_com_quenda_skiff_trellis_server_TestNative_printDispatcherError(
+    JNIEnv* pEnv, jclass, jstring context, jstring errorText) {
+  skiff::jni::Utf8Chars contextChars(pEnv, context);
+  skiff::jni::Utf8Chars text(pEnv, errorText);
+  if (contextChars.get() == nullptr) {
+    QxwEventDispatcher::PrintError(text.get());
+  } else {
+    QxwEventDispatcher::PrintError(contextChars.get(), text.get());
+  }
+}
+
+JNIEXPORT void JNICALL Java_com_quenda_skiff_trellis_server_TestNative_printClientError(
+    JNIEnv* pEnv, jclass, jstring context, jstring errorText) {
+  skiff::jni::Utf8Chars contextChars(pEnv, context);
+  skiff::jni::Utf8Chars text(pEnv, errorText);
+  if (contextChars.get() == nullptr) {
+    QxwInterface::PrintError(text.get());
+  } else {
+    QxwInterface::PrintError(contextChars.get(), text.get());
+  }
+}
+
+JNIEXPORT jboolean JNICALL
+Java_com_quenda_skiff_trellis_server_TestNative_limitDescriptors(JNIEnv*, jclass) {
+  if (getrlimit(RLIMIT_NOFILE, &s_savedLimit) != 0) return JNI_FALSE;
+  // The lowest free descriptor: with the limit there, no new one can be made.
+  int lowestFree = dup(0);
+  if (lowestFree < 0) return JNI_FALSE;
+  close(lowestFree);
+  rlimit limit = s_savedLimit;
+  limit.rlim_cur = static_cast<rlim_t>(lowestFree);
+  return setrlimit(RLIMIT_NOFILE, &limit) == 0 ? JNI_TRUE : JNI_FALSE;
+}
+
+JNIEXPORT void JNICALL Java_com_quenda_skiff_trellis_server_TestNative_restoreDescriptors(JNIEnv*,
+                                                                                          jclass) {
+  setrlimit(RLIMIT_NOFILE, &s_savedLimit);
+}
