@@ -24,12 +24,6 @@ const FieldDef* FieldWithId(Map& map, QXwFieldId id) {
   return def;
 }
 
-Object* ObjectWithId(Map& map, QXwObjectId id) {
-  Object* o = map.FindObject(id);
-  if (o == nullptr) SetError(QXW_ERR_NO_SUCH_OBJECT, "no such object: " + std::to_string(id));
-  return o;
-}
-
 // The objects whose value of `field` is the text `text`, in creation order.
 const std::vector<Object*>* ObjectsWithText(Map& map, const char* fieldName, const char* text) {
   const FieldDef* def = map.FieldByName(fieldName);
@@ -82,7 +76,7 @@ char* QXwDbObjectIdToSelectionName(QXwObjectId objectId) {
   if (call.Failing()) return nullptr;
   Map* map = Database();
   if (map == nullptr) return nullptr;
-  const Object* object = ObjectWithId(*map, objectId);
+  const Object* object = ObjectOrError(*map, objectId);
   const FieldDef* def = map->FieldByName("Selection Name");
   if (object == nullptr || def == nullptr) return nullptr;
   const FieldValue* value = object->Find(def->id);
@@ -118,7 +112,7 @@ QXwFieldBindList* QXwDbGetFieldValues(QXwObjectId objectId) {
   Call call(k_QXwDbGetFieldValues);
   if (call.Failing()) return nullptr;
   Map* map = Database();
-  const Object* object = map == nullptr ? nullptr : ObjectWithId(*map, objectId);
+  const Object* object = map == nullptr ? nullptr : ObjectOrError(*map, objectId);
   return object == nullptr ? nullptr : BuildFieldBindList(*map, *object, false);
 }
 
@@ -126,7 +120,7 @@ QXwFieldBindList* QXwDbGetCapabilityFieldValues(QXwObjectId objectId) {
   Call call(k_QXwDbGetCapabilityFieldValues);
   if (call.Failing()) return nullptr;
   Map* map = Database();
-  const Object* object = map == nullptr ? nullptr : ObjectWithId(*map, objectId);
+  const Object* object = map == nullptr ? nullptr : ObjectOrError(*map, objectId);
   return object == nullptr ? nullptr : BuildFieldBindList(*map, *object, true);
 }
 
@@ -159,7 +153,7 @@ int QXwDbGetFieldIntegerValue(QXwObjectId objectId, QXwFieldId fieldId) {
   if (call.Failing()) return -1;
   Map* map = Database();
   if (map == nullptr) return -1;
-  const Object* object = ObjectWithId(*map, objectId);
+  const Object* object = ObjectOrError(*map, objectId);
   const FieldDef* def = FieldWithId(*map, fieldId);
   if (object == nullptr || def == nullptr) return -1;
   if (def->type != QXW_FIELD_INTEGER || def->list) {
@@ -179,7 +173,7 @@ int QXwDbSetFieldIntegerValue(QXwObjectId objectId, QXwFieldId fieldId, int valu
   if (call.Failing()) return -1;
   Map* map = Database();
   if (map == nullptr) return -1;
-  Object* object = ObjectWithId(*map, objectId);
+  Object* object = ObjectOrError(*map, objectId);
   const FieldDef* def = FieldWithId(*map, fieldId);
   if (object == nullptr || def == nullptr) return -1;
   if (def->type != QXW_FIELD_INTEGER || def->list) {

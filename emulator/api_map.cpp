@@ -18,11 +18,8 @@ bool ResolveSymbols(Map& map, const QXwSymbolIdList* ids, std::vector<Symbol*>* 
     return false;
   }
   for (int i = 0; i < ids->count; ++i) {
-    Symbol* s = map.FindSymbol(ids->symbol_ids[i]);
-    if (s == nullptr) {
-      SetError(QXW_ERR_NO_SUCH_SYMBOL, "no such symbol: " + std::to_string(ids->symbol_ids[i]));
-      return false;
-    }
+    Symbol* s = SymbolOrError(map, ids->symbol_ids[i]);
+    if (s == nullptr) return false;
     out->push_back(s);
   }
   return true;
@@ -34,11 +31,8 @@ bool ResolveObjects(Map& map, const QXwObjectIdList* ids, std::vector<Object*>* 
     return false;
   }
   for (int i = 0; i < ids->count; ++i) {
-    Object* o = map.FindObject(ids->object_ids[i]);
-    if (o == nullptr) {
-      SetError(QXW_ERR_NO_SUCH_OBJECT, "no such object: " + std::to_string(ids->object_ids[i]));
-      return false;
-    }
+    Object* o = ObjectOrError(map, ids->object_ids[i]);
+    if (o == nullptr) return false;
     out->push_back(o);
   }
   return true;
@@ -92,12 +86,8 @@ QXwSymbolList* QXwListSymbols(QXwMapInfo* mapArg, QXwSubmapId submapId, QXwPlane
   Call call(k_QXwListSymbols);
   if (call.Failing()) return nullptr;
   Map* map = OpenMap(mapArg);
-  if (map == nullptr) return nullptr;
-  const Submap* submap = map->FindSubmap(submapId);
-  if (submap == nullptr) {
-    SetError(QXW_ERR_NO_SUCH_SUBMAP, "no such submap: " + std::to_string(submapId));
-    return nullptr;
-  }
+  const Submap* submap = map == nullptr ? nullptr : SubmapOrError(*map, submapId);
+  if (submap == nullptr) return nullptr;
   const bool byApp = appName != nullptr && *appName != '\0';
   std::vector<const Symbol*> chosen;
   chosen.reserve(submap->symbols.size());
@@ -113,12 +103,8 @@ QXwSymbolList* QXwGetSymbolsByObject(QXwMapInfo* mapArg, QXwObjectId objectId) {
   Call call(k_QXwGetSymbolsByObject);
   if (call.Failing()) return nullptr;
   Map* map = OpenMap(mapArg);
-  if (map == nullptr) return nullptr;
-  const Object* object = map->FindObject(objectId);
-  if (object == nullptr) {
-    SetError(QXW_ERR_NO_SUCH_OBJECT, "no such object: " + std::to_string(objectId));
-    return nullptr;
-  }
+  const Object* object = map == nullptr ? nullptr : ObjectOrError(*map, objectId);
+  if (object == nullptr) return nullptr;
   return BuildSymbolList(*map, {object->symbols.begin(), object->symbols.end()});
 }
 
@@ -131,13 +117,8 @@ QXwSubmapInfo* QXwGetSubmapInfo(QXwMapInfo* mapArg, QXwSubmapId submapId) {
   Call call(k_QXwGetSubmapInfo);
   if (call.Failing()) return nullptr;
   Map* map = OpenMap(mapArg);
-  if (map == nullptr) return nullptr;
-  const Submap* submap = map->FindSubmap(submapId);
-  if (submap == nullptr) {
-    SetError(QXW_ERR_NO_SUCH_SUBMAP, "no such submap: " + std::to_string(submapId));
-    return nullptr;
-  }
-  return BuildSubmapInfo(*submap);
+  const Submap* submap = map == nullptr ? nullptr : SubmapOrError(*map, submapId);
+  return submap == nullptr ? nullptr : BuildSubmapInfo(*submap);
 }
 
 void QXwFreeSubmapInfo(QXwSubmapInfo* submap) {
@@ -149,13 +130,8 @@ QXwObjectInfo* QXwGetObjectInfo(QXwMapInfo* mapArg, QXwObjectId objectId) {
   Call call(k_QXwGetObjectInfo);
   if (call.Failing()) return nullptr;
   Map* map = OpenMap(mapArg);
-  if (map == nullptr) return nullptr;
-  const Object* object = map->FindObject(objectId);
-  if (object == nullptr) {
-    SetError(QXW_ERR_NO_SUCH_OBJECT, "no such object: " + std::to_string(objectId));
-    return nullptr;
-  }
-  return BuildObjectInfo(*object);
+  const Object* object = map == nullptr ? nullptr : ObjectOrError(*map, objectId);
+  return object == nullptr ? nullptr : BuildObjectInfo(*object);
 }
 
 void QXwFreeObjectInfo(QXwObjectInfo* object) {

@@ -122,8 +122,8 @@ Symbol& SymbolOf(Map& map, uint32_t id) {
   return *s;
 }
 
-std::vector<const Symbol*> SymbolsOf(Map& map, const std::vector<uint32_t>& ids) {
-  std::vector<const Symbol*> out;
+std::vector<Symbol*> SymbolsOf(Map& map, const std::vector<uint32_t>& ids) {
+  std::vector<Symbol*> out;
   for (uint32_t id : ids) out.push_back(&SymbolOf(map, id));
   return out;
 }
@@ -176,9 +176,10 @@ Json CmdDump(const Words& w, std::string_view) {
 
 Json CmdHide(const Words& w, std::string_view, bool hidden) {
   Map& map = TheMap();
-  std::vector<const Symbol*> symbols = SymbolsOf(map, ParseIds(w, 1));
-  for (const Symbol* s : symbols) const_cast<Symbol*>(s)->hidden = hidden;
-  QueueSymbols(hidden ? QXW_EVENT_SYMBOLS_HIDDEN : QXW_EVENT_SYMBOLS_UNHIDDEN, map, symbols);
+  std::vector<Symbol*> symbols = SymbolsOf(map, ParseIds(w, 1));
+  for (Symbol* s : symbols) s->hidden = hidden;
+  QueueSymbols(hidden ? QXW_EVENT_SYMBOLS_HIDDEN : QXW_EVENT_SYMBOLS_UNHIDDEN, map,
+               {symbols.begin(), symbols.end()});
   return Ok();
 }
 
@@ -186,9 +187,9 @@ Json CmdStatus(const Words& w, std::string_view) {
   if (w.size() < 3) throw Refusal{"usage: status STATUS ID..."};
   auto status = static_cast<QXwStatusType>(ParseInteger(w[1], 0, 4294967295LL, "the status"));
   Map& map = TheMap();
-  std::vector<const Symbol*> symbols = SymbolsOf(map, ParseIds(w, 2));
-  for (const Symbol* s : symbols) const_cast<Symbol*>(s)->status = status;
-  QueueSymbols(QXW_EVENT_SYMBOLS_STATUS, map, symbols);
+  std::vector<Symbol*> symbols = SymbolsOf(map, ParseIds(w, 2));
+  for (Symbol* s : symbols) s->status = status;
+  QueueSymbols(QXW_EVENT_SYMBOLS_STATUS, map, {symbols.begin(), symbols.end()});
   return Ok();
 }
 

@@ -147,6 +147,24 @@ Map* OpenMap(const QXwMapInfo* mapArg, bool needArg) {
   return s.map.get();
 }
 
+Object* ObjectOrError(Map& map, QXwObjectId id) {
+  Object* o = map.FindObject(id);
+  if (o == nullptr) SetError(QXW_ERR_NO_SUCH_OBJECT, "no such object: " + std::to_string(id));
+  return o;
+}
+
+Submap* SubmapOrError(Map& map, QXwSubmapId id) {
+  Submap* s = map.FindSubmap(id);
+  if (s == nullptr) SetError(QXW_ERR_NO_SUCH_SUBMAP, "no such submap: " + std::to_string(id));
+  return s;
+}
+
+Symbol* SymbolOrError(Map& map, QXwSymbolId id) {
+  Symbol* s = map.FindSymbol(id);
+  if (s == nullptr) SetError(QXW_ERR_NO_SUCH_SYMBOL, "no such symbol: " + std::to_string(id));
+  return s;
+}
+
 void ReleaseEvent(Event& event) {
   Arena::Release(event.map);
   Arena::Release(event.symbols);

@@ -202,6 +202,11 @@ Map* OpenMap(const QXwMapInfo* mapArg, bool needArg = true);
 // The map of the session whatever its open state (the object database), or
 // null after setting the error.
 Map* Database();
+// The entity with this id, or null after setting the error
+// ("no such object: 42" and so on).
+Object* ObjectOrError(Map& map, QXwObjectId id);
+Submap* SubmapOrError(Map& map, QXwSubmapId id);
+Symbol* SymbolOrError(Map& map, QXwSymbolId id);
 void Queue(Event event);
 // Ends the session: releases the map, queued events and registrations,
 // closes the control channel and answers commands still waiting.
