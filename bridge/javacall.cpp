@@ -28,6 +28,14 @@ bool Resolve(JNIEnv* pEnv, jclass cls, JavaMethod& method, const char* context) 
   return true;
 }
 
+jclass FindGlobalClass(JNIEnv* pEnv, const char* className) {
+  jclass local = pEnv->FindClass(className);
+  if (Threw(pEnv, "JNI function", "FindClass") || local == nullptr) return nullptr;
+  jclass global = static_cast<jclass>(pEnv->NewGlobalRef(local));
+  pEnv->DeleteLocalRef(local);
+  return global;
+}
+
 bool Threw(JNIEnv* pEnv, const char* kind, const char* name) {
   if (!pEnv->ExceptionCheck()) return false;
   std::fprintf(stderr, "%s %s threw an exception\n", kind, name);

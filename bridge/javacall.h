@@ -75,6 +75,11 @@ struct JavaMethod {
 // <name> <signature> not found\n" on standard error and leaves the id null.
 bool Resolve(JNIEnv* pEnv, jclass cls, JavaMethod& method, const char* context);
 
+// A global reference to the named class ("java/util/Properties"), kept for
+// the life of the process; null when the class cannot be found (reported as
+// Threw reports it).
+jclass FindGlobalClass(JNIEnv* pEnv, const char* className);
+
 // True when the last JNI call left an exception pending: the exception is
 // then reported on standard error, after "<kind> <name> threw an
 // exception\n" (kind "Java method" or "JNI function"), and cleared.

@@ -15,9 +15,8 @@ struct StringClass {
   JavaMethod fromBytes{"<init>", "([B)V", JavaMethod::Instance};
 
   explicit StringClass(JNIEnv* pEnv) {
-    skiff::jni::LocalRef<jclass> local(pEnv, pEnv->FindClass("java/lang/String"));
-    if (skiff::jni::Threw(pEnv, "JNI function", "FindClass") || !local) return;
-    cls = static_cast<jclass>(pEnv->NewGlobalRef(local.get()));
+    cls = skiff::jni::FindGlobalClass(pEnv, "java/lang/String");
+    if (cls == nullptr) return;
     skiff::jni::Resolve(pEnv, cls, getBytes, "jstring2mb");
     skiff::jni::Resolve(pEnv, cls, fromBytes, "mb2jstring");
   }
@@ -56,6 +55,12 @@ Utf8Chars::Utf8Chars(JNIEnv* pEnv, jstring str) : env_(pEnv), str_(str) {
 
 Utf8Chars::~Utf8Chars() {
   if (chars_ != nullptr) env_->ReleaseStringUTFChars(str_, chars_);
+}
+
+LocalRef<jstring> NewUtf8String(JNIEnv* pEnv, const char* text) {
+  jstring str = pEnv->NewStringUTF(text);
+  if (Threw(pEnv, "JNI function", "NewStringUTF")) return {};
+  return LocalRef<jstring>(pEnv, str);
 }
 
 void PrintErrorInJava(JavaVM* pJVM, jclass cls, const JavaMethod& printError, const char* context,

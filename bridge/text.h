@@ -38,6 +38,10 @@ class Utf8Chars {
   const char* chars_ = nullptr;
 };
 
+// A new local Java string of text that needs no conversion: modified UTF-8,
+// such as ASCII. Null only when Java fails.
+LocalRef<jstring> NewUtf8String(JNIEnv* pEnv, const char* text);
+
 // The size of an error text passed to Java, NUL included.
 constexpr int kErrorTextSize = 1024;
 

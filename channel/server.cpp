@@ -32,10 +32,48 @@ MessageAssembler s_received;
 // reports.
 using ServeRequest = bool (*)(char* arguments);
 
+bool ServeSubmapAndSymbols(char* arguments) {
+  auto [submapId] = skiff::channel::ParseNumbers<1>(arguments);
+  return static_cast<bool>(QxwEventDispatcher::GetSubmapAndSymbols(submapId));
+}
+
 bool ServeSymbolRowData(char* arguments) {
   auto [symbolId, objectId, propertySetIndex] = skiff::channel::ParseNumbers<3>(arguments);
   return static_cast<bool>(
       QxwEventDispatcher::GetSymbolRowData(symbolId, objectId, propertySetIndex));
+}
+
+// The map state requests carry a count and, all but deletion, a state: 1
+// acknowledges, manages or hides, any other number undoes. They are answered
+// 1 whatever happened; failures are reported on standard error.
+bool ServeAcknowledgeState(char* arguments) {
+  auto [numObjs, state] = skiff::channel::ParseNumbers<2>(arguments);
+  QxwEventDispatcher::SetAcknowledgeState(numObjs, state == 1);
+  return true;
+}
+
+bool ServeManageState(char* arguments) {
+  auto [numObjs, state] = skiff::channel::ParseNumbers<2>(arguments);
+  QxwEventDispatcher::SetManageState(numObjs, state == 1);
+  return true;
+}
+
+bool ServeSymbolVisibilityState(char* arguments) {
+  auto [numSymbols, state] = skiff::channel::ParseNumbers<2>(arguments);
+  QxwEventDispatcher::SetSymbolVisibilityState(numSymbols, state == 1);
+  return true;
+}
+
+bool ServeInterfaceAndNodeVisibilityState(char* arguments) {
+  auto [numInterfaceObjects, state] = skiff::channel::ParseNumbers<2>(arguments);
+  QxwEventDispatcher::SetInterfaceAndNodeVisibilityState(numInterfaceObjects, state == 1);
+  return true;
+}
+
+bool ServeDeleteAllSymbolsForObjects(char* arguments) {
+  auto [numObjects] = skiff::channel::ParseNumbers<1>(arguments);
+  QxwEventDispatcher::DeleteAllSymbolsForObjects(numObjects);
+  return true;
 }
 
 // The serving operation of each request code. A code that has none here is
@@ -45,7 +83,13 @@ struct Service {
   ServeRequest serve;
 };
 constexpr Service kServices[] = {
+    {skiff::channel::kGetSubmapAndSymbols, ServeSubmapAndSymbols},
     {skiff::channel::kGetSymbolRowData, ServeSymbolRowData},
+    {skiff::channel::kSetAcknowledgeState, ServeAcknowledgeState},
+    {skiff::channel::kSetManageState, ServeManageState},
+    {skiff::channel::kSetSymbolVisibilityState, ServeSymbolVisibilityState},
+    {skiff::channel::kSetInterfaceAndNodeVisibilityState, ServeInterfaceAndNodeVisibilityState},
+    {skiff::channel::kDeleteAllSymbolsForObjects, ServeDeleteAllSymbolsForObjects},
 };
 
 bool Serve(char* message) {

@@ -12,8 +12,17 @@
 #include <jni.h>
 #include <netinet/in.h>
 
+#include <memory>
+
 #include "bridge/javacall.h"
 #include "platform/qxw.h"
+
+class NetworkSubmapNodeInterfacesHashtable;
+class ObjectSymbolInfoHashtable;
+class QXwChildSubmapIdHashtable;
+class QXwObjectIdHashtable;
+class SubmapHashtable;
+class SubmapSymbolInfoHashtable;
 
 // The Java dispatcher object's methods, in the order Open resolves them:
 // X(name, JNI signature, kind). Each is the member m_<name>.
@@ -163,6 +172,84 @@ class QxwEventDispatcher {
   // object's getSymbolRowData string, null when it gave none.
   static skiff::jni::LocalRef<jstring> GetSymbolRowData(QXwSymbolId symbolId, QXwObjectId objectId,
                                                         int propertySetIndex);
+
+  // Submap contents (dispatcher/submap.cpp). Java receives a submap as one
+  // addSubmap, then one addNodeSymbol or addConnectionSymbol per symbol in the
+  // platform's order; node symbols bring their object's field values when
+  // Java lacks them.
+
+  // Reports the submap and its symbols. The large-database setting is read
+  // afresh first, whether or not the submap exists. The Submap object that
+  // addSubmap returned; null, with nothing reported, for an unknown submap.
+  static skiff::jni::LocalRef<jobject> GetSubmapAndSymbols(QXwSubmapId submapId);
+  // One addSubmap call; its result.
+  static skiff::jni::LocalRef<jobject> AddSubmap(JNIEnv* pEnv, QXwObjectId parentObjectId,
+                                                 QXwSubmapId submapId, const char* submapName,
+                                                 int layoutStyle, bool doUseAutoLayout,
+                                                 const char* backgroundGraphicsFile);
+  // One addNodeSymbol call (customSubmapId 0 when the symbol is reported on
+  // its own submap), then qxwdbObjectFieldValuesInCache and, when that says
+  // false, setQxwdbObjectFieldValues. The MapNodeSymbol object.
+  static skiff::jni::LocalRef<jobject> AddNodeSymbol(JNIEnv* pEnv, const QXwSymbolInfo* pSymbolInfo,
+                                                     QXwSubmapId customSubmapId);
+  // One addConnectionSymbol call; the MapConnectionSymbol object.
+  static skiff::jni::LocalRef<jobject> AddConnectionSymbol(JNIEnv* pEnv,
+                                                           const QXwSymbolInfo* pSymbolInfo);
+  // The root submaps of a search: for numRootObjects 1 or more, the child
+  // submaps of the objects named by getRootObjectSelectionNames (a length
+  // other than numRootObjects is reported, and the names that came are
+  // used); otherwise the open map's root submap alone.
+  static std::unique_ptr<SubmapHashtable> GetRootSubmapsHashtable(JNIEnv* pEnv, int numRootObjects);
+
+  // Object field values (dispatcher/fieldvalues.cpp).
+
+  // A new Properties of the object's tool-tip fields (see
+  // dispatcher/fieldvalues.h); empty for object 0 or an object without
+  // field values. Null only when Java fails.
+  static skiff::jni::LocalRef<jobject> GetObjectFieldValues(JNIEnv* pEnv, QXwObjectId objectId);
+  // True for the fourteen tool-tip fields. The first call takes their ids,
+  // so it must come after CacheFieldIds.
+  static bool IsToolTipField(QXwFieldId fieldId);
+
+  // Map state operations (state/). Each fetches its ids from the Java
+  // dispatcher object; when the callback gives no array, or one whose length
+  // differs from the count, it writes its failure line and changes nothing.
+  // Platform failures are written on standard error; none reaches the caller.
+
+  // Acknowledges (1) or unacknowledges (0) the objects of getAckObjectList.
+  static void SetAcknowledgeState(int numObjs, int doAcknowledge);
+  // Manages (1) or unmanages (any other state) the objects of
+  // getManageObjectList.
+  static void SetManageState(int numObjs, int doManage);
+  // Hides (1) or shows (0) the symbols of getVisibilityStateSymbolIds.
+  static void SetSymbolVisibilityState(int numSymbols, int doSetHidden);
+  // Hides (1) or shows (0), for each interface of
+  // getInterfaceAndNodeVisibilityStateObjectIds, its symbol on its node's
+  // submap and its node's symbols on the segment and network submaps; a
+  // node's network symbol is hidden only when none of the node's other
+  // interfaces on that network stays visible. One platform call for all.
+  static void SetInterfaceAndNodeVisibilityState(int numInterfaceObjects, int doSetHidden);
+  // Finds the interface's symbol on the node's submap and the node's symbols
+  // on the segment's and the network's submaps. An output not found keeps its
+  // value; nothing is found when the segment has no child submap.
+  static void GetAssociatedIPMapSymbolsInvolvedInVisibilityChange(
+      QXwObjectId interfaceObjectId, QXwObjectId nodeObjectId, QXwObjectId segmentObjectId,
+      QXwObjectId networkObjectId, QXwChildSubmapIdHashtable* pChildSubmapIdHashtable,
+      ObjectSymbolInfoHashtable* pSymbolInfoHashtable, QXwSymbolId* pInterfaceSymbolId,
+      QXwSymbolId* pSegmentNodeSymbolId, QXwSymbolId* pNetworkNodeSymbolId);
+  // True when the node's symbol on the network's submap is to take the
+  // requested state: always when showing; when hiding, only if every
+  // interface of the node on that network is hidden or is being hidden now
+  // (the interfaces of pInterfaceObjectIdHashtable).
+  static QXwBoolean DoSetNetworkSubmapNodeSymbolHidden(
+      QXwObjectId nodeObjectId, QXwObjectId networkObjectId, int doSetHidden,
+      SubmapSymbolInfoHashtable* pNodeSubmapSymbolInfoHashtable,
+      QXwChildSubmapIdHashtable* pChildSubmapIdHashtable,
+      NetworkSubmapNodeInterfacesHashtable* pNetworkSubmapNodeInterfacesHashtable,
+      QXwObjectIdHashtable* pInterfaceObjectIdHashtable);
+  // Deletes every symbol of each object of getDeleteSymbolsObjectIds, one
+  // platform call per object; objects without symbols are passed over.
+  static void DeleteAllSymbolsForObjects(int numObjects);
 };
 
 #endif  // SKIFF_DISPATCHER_MAIN_H_

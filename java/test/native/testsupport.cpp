@@ -1,16 +1,24 @@
 // Test-only natives of TestNative: never part of the product library.
 #include <arpa/inet.h>
 #include <sys/resource.h>
+#include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
+#include <memory>
 #include <string>
+#include <vector>
 
 #include "bridge/text.h"
 #include "channel/qxwinterface.h"
+#include "channel/socketio.h"
 #include "com_quenda_skiff_trellis_server_TestNative.h"
 #include "dispatcher/main.h"
+#include "tables/idsets.h"
+#include "tables/keyedtable.h"
 
 namespace {
 
@@ -90,6 +98,37 @@ JNIEXPORT void JNICALL Java_com_quenda_skiff_trellis_server_TestNative_printClie
   } else {
     QxwInterface::PrintError(contextChars.get(), text.get());
   }
+}
+
+JNIEXPORT jint JNICALL Java_com_quenda_skiff_trellis_server_TestNative_request(JNIEnv* pEnv, jclass,
+                                                                               jstring text) {
+  skiff::jni::Utf8Chars request(pEnv, text);
+  const int sock = s_ThreadCallbackSocketDescriptor;
+  if (sock == 0 || request.get() == nullptr) return -1;
+  if (!skiff::channel::SendAll(sock, request.get(), std::strlen(request.get()) + 1)) return -1;
+  std::string answer;
+  for (char c; recv(sock, &c, 1, 0) == 1 && c != '\0';) answer += c;
+  return answer.empty() ? -1 : std::atoi(answer.c_str());
+}
+
+JNIEXPORT jobject JNICALL Java_com_quenda_skiff_trellis_server_TestNative_objectFieldValues(
+    JNIEnv* pEnv, jclass, jint objectId) {
+  return QxwEventDispatcher::GetObjectFieldValues(pEnv, objectId).release();
+}
+
+JNIEXPORT jintArray JNICALL Java_com_quenda_skiff_trellis_server_TestNative_rootSubmapIds(
+    JNIEnv* pEnv, jclass, jint numRootObjects) {
+  std::unique_ptr<SubmapHashtable> roots =
+      QxwEventDispatcher::GetRootSubmapsHashtable(pEnv, numRootObjects);
+  std::vector<jint> ids;
+  skiff::ForEachEntry(*roots,
+                      [&](_HashItem& item) { ids.push_back(static_cast<jint>(item.key())); });
+  std::sort(ids.begin(), ids.end());
+  jintArray array = pEnv->NewIntArray(static_cast<jsize>(ids.size()));
+  if (array != nullptr) {
+    pEnv->SetIntArrayRegion(array, 0, static_cast<jsize>(ids.size()), ids.data());
+  }
+  return array;
 }
 
 JNIEXPORT jboolean JNICALL

@@ -11,7 +11,9 @@ import java.util.concurrent.ConcurrentHashMap;
  * which returns when the platform ends the session. The native library calls the protected
  * methods below on that thread only: to report map content and map changes, and to fetch the
  * arguments of the client request it is serving. This reference dispatcher keeps the submaps,
- * symbols and object field values it is given; subclasses may override any callback.
+ * symbols (each submap's in the platform's order) and object field values it is given, and
+ * answers {@link #submapInCache} and {@link #qxwdbObjectFieldValuesInCache} from them; subclasses
+ * may override any callback.
  */
 public class QxwEventDispatcher {
     static {
@@ -65,6 +67,8 @@ public class QxwEventDispatcher {
                 symbolType, plane, status, objectId, childSubmapId, hidden, placement, x, y,
                 predSymbolId, customSubmapId);
         symbols.put(symbolId, symbol);
+        // A symbol reported for another submap (customSubmapId) is not part of its submap's report.
+        if (customSubmapId == 0) addToSubmap(symbol);
         return symbol;
     }
 
@@ -75,7 +79,13 @@ public class QxwEventDispatcher {
                 symbolType, plane, status, objectId, childSubmapId, hidden, endpoint1Id,
                 endpoint2Id);
         symbols.put(symbolId, symbol);
+        addToSubmap(symbol);
         return symbol;
+    }
+
+    private void addToSubmap(MapSymbol symbol) {
+        Submap submap = submaps.get(symbol.getSubmapId());
+        if (submap != null) submap.putSymbol(symbol);
     }
 
     protected boolean submapInCache(int submapId) { return submaps.containsKey(submapId); }
@@ -146,6 +156,8 @@ public class QxwEventDispatcher {
 
     protected void symbolDeletedCB(int symbolId, int submapId, boolean isNode) {
         symbols.remove(symbolId);
+        Submap submap = submaps.get(submapId);
+        if (submap != null) submap.removeSymbol(symbolId);
     }
 
     protected void symbolMovedCB(int symbolId, int submapId, int placement, int x, int y,

@@ -1,6 +1,10 @@
 package com.quenda.skiff.trellis.server;
 
-/** A submap as the map platform reported it. */
+import java.util.LinkedHashMap;
+import java.util.List;
+import java.util.Map;
+
+/** A submap as the map platform reported it, with the symbols reported on it. */
 public class Submap {
     private final int parentObjectId;
     private final int submapId;
@@ -8,6 +12,8 @@ public class Submap {
     private final int layoutStyle;
     private volatile boolean autoLayout;
     private final String backgroundGraphicsFile;
+    // By symbol id, in the order the symbols were reported: the platform's order.
+    private final Map<Integer, MapSymbol> symbols = new LinkedHashMap<>();
 
     public Submap(int parentObjectId, int submapId, String name, int layoutStyle,
             boolean autoLayout, String backgroundGraphicsFile) {
@@ -26,7 +32,27 @@ public class Submap {
     public boolean isAutoLayout() { return autoLayout; }
     public String getBackgroundGraphicsFile() { return backgroundGraphicsFile; }
 
+    /** The symbols reported on this submap so far, in the platform's order. */
+    public List<MapSymbol> getSymbols() {
+        synchronized (symbols) {
+            return List.copyOf(symbols.values());
+        }
+    }
+
     void setAutoLayout(boolean autoLayout) { this.autoLayout = autoLayout; }
+
+    /** Adds the symbol at the end, or replaces the one with its id where it stands. */
+    void putSymbol(MapSymbol symbol) {
+        synchronized (symbols) {
+            symbols.put(symbol.getSymbolId(), symbol);
+        }
+    }
+
+    void removeSymbol(int symbolId) {
+        synchronized (symbols) {
+            symbols.remove(symbolId);
+        }
+    }
 
     @Override
     public String toString() {

@@ -12,8 +12,6 @@ import java.util.concurrent.ExecutorService;
 import java.util.concurrent.Executors;
 import java.util.concurrent.Future;
 import java.util.concurrent.TimeUnit;
-import org.junit.jupiter.api.AfterAll;
-import org.junit.jupiter.api.BeforeAll;
 import org.junit.jupiter.api.MethodOrderer;
 import org.junit.jupiter.api.Order;
 import org.junit.jupiter.api.Test;
@@ -21,26 +19,7 @@ import org.junit.jupiter.api.TestMethodOrder;
 
 /** Requests from Java threads to the dispatcher thread and back, on the default map. */
 @TestMethodOrder(MethodOrderer.OrderAnnotation.class)
-class ChannelTest {
-    private static TestSession session;
-    private static RecordingDispatcher dispatcher;
-    private static QxwInterface client;
-    private static EmulatorControl control;
-
-    @BeforeAll
-    static void startSession() throws Exception {
-        session = TestSession.started();
-        dispatcher = session.dispatcher;
-        client = session.client;
-        control = new EmulatorControl();
-    }
-
-    @AfterAll
-    static void endSession() throws Exception {
-        session.end(control);
-        control.close();
-    }
-
+class ChannelTest extends OneSessionTest {
     private static String lastRowDataCall() {
         List<String> calls = dispatcher.log("getSymbolRowData");
         return calls.get(calls.size() - 1);

@@ -18,6 +18,10 @@ class RecordingDispatcher extends QxwEventDispatcher {
 
     private final List<String> log = new ArrayList<>();
     volatile boolean failRowData;
+    /** While set, getSymbolRowData runs it instead (see TestSession.onDispatcherThread). */
+    volatile Runnable rowDataTask;
+    /** While set, the id callbacks of the map state requests return null. */
+    volatile boolean returnNoIds;
 
     void record(String name, Object... args) {
         String text = name + Stream.of(args).map(RecordingDispatcher::show)
@@ -103,6 +107,11 @@ class RecordingDispatcher extends QxwEventDispatcher {
     protected String getSymbolRowData(int symbolId, int objectId, int propertySetIndex) {
         record("getSymbolRowData", symbolId, objectId, propertySetIndex);
         if (failRowData) throw new IllegalStateException("row data failed");
+        Runnable task = rowDataTask;
+        if (task != null) {
+            task.run();
+            return "task";
+        }
         if (propertySetIndex < 0) return null;
         return "row " + symbolId + " " + objectId + " " + propertySetIndex;
     }
@@ -135,31 +144,31 @@ class RecordingDispatcher extends QxwEventDispatcher {
     @Override
     protected int[] getManageObjectList(int numObjs) {
         record("getManageObjectList", numObjs);
-        return super.getManageObjectList(numObjs);
+        return returnNoIds ? null : super.getManageObjectList(numObjs);
     }
 
     @Override
     protected int[] getAckObjectList(int numObjs) {
         record("getAckObjectList", numObjs);
-        return super.getAckObjectList(numObjs);
+        return returnNoIds ? null : super.getAckObjectList(numObjs);
     }
 
     @Override
     protected int[] getVisibilityStateSymbolIds() {
         record("getVisibilityStateSymbolIds");
-        return super.getVisibilityStateSymbolIds();
+        return returnNoIds ? null : super.getVisibilityStateSymbolIds();
     }
 
     @Override
     protected int[] getInterfaceAndNodeVisibilityStateObjectIds() {
         record("getInterfaceAndNodeVisibilityStateObjectIds");
-        return super.getInterfaceAndNodeVisibilityStateObjectIds();
+        return returnNoIds ? null : super.getInterfaceAndNodeVisibilityStateObjectIds();
     }
 
     @Override
     protected int[] getDeleteSymbolsObjectIds() {
         record("getDeleteSymbolsObjectIds");
-        return super.getDeleteSymbolsObjectIds();
+        return returnNoIds ? null : super.getDeleteSymbolsObjectIds();
     }
 
     @Override

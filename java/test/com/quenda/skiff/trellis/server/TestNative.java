@@ -1,6 +1,7 @@
 package com.quenda.skiff.trellis.server;
 
 import java.nio.charset.StandardCharsets;
+import java.util.Properties;
 
 /**
  * Test-only natives: capture of the process's standard error (the native library writes to
@@ -49,6 +50,24 @@ final class TestNative {
 
     /** The client's error report, with a context when it is not null. */
     static native void printClientError(String context, String errorText);
+
+    /**
+     * Sends the request text as it is on the client's connection and returns the answer's number
+     * (-1 when there is no connection or no answer). No other request may be in flight.
+     */
+    static native int request(String text);
+
+    /**
+     * The dispatcher's field values of the object (its Properties). On the dispatcher thread
+     * only (TestSession.onDispatcherThread).
+     */
+    static native Properties objectFieldValues(int objectId);
+
+    /**
+     * The root submaps of a search for that many root objects, in increasing order. On the
+     * dispatcher thread only.
+     */
+    static native int[] rootSubmapIds(int numRootObjects);
 
     /** Lowers the process's descriptor limit so that no new descriptor can be made. */
     static native boolean limitDescriptors();

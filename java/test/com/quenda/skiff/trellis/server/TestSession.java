@@ -5,6 +5,9 @@ import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertNotNull;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import java.util.ArrayList;
+import java.util.List;
+import java.util.concurrent.Callable;
 import java.util.concurrent.CompletableFuture;
 import java.util.concurrent.TimeUnit;
 
@@ -46,6 +49,29 @@ final class TestSession {
         client.getSubmapAndSymbols(0);
         dispatcher.record("first getSubmapAndSymbols answered");
         return connected.get(TIMEOUT_SECONDS, TimeUnit.SECONDS);
+    }
+
+    /**
+     * Runs the work on the dispatcher thread, where the library's dispatcher operations run,
+     * inside a row data request; returns its result or throws what it threw.
+     */
+    <T> T onDispatcherThread(Callable<T> work) throws Exception {
+        List<T> result = new ArrayList<>(1);
+        List<Exception> failure = new ArrayList<>(1);
+        dispatcher.rowDataTask = () -> {
+            try {
+                result.add(work.call());
+            } catch (Exception e) {
+                failure.add(e);
+            }
+        };
+        try {
+            assertTrue(client.getSymbolRowData(0, 0, 0), "the row data request was not served");
+        } finally {
+            dispatcher.rowDataTask = null;
+        }
+        if (!failure.isEmpty()) throw failure.get(0);
+        return result.get(0);
     }
 
     /** Starts a session on a map and connects its client. */

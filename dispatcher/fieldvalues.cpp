@@ -1,0 +1,156 @@
+// Object field values: the tool-tip fields of an object, rendered as text and
+// handed to Java as a java.util.Properties.
+#include "dispatcher/fieldvalues.h"
+
+#include <array>
+#include <cstdio>
+#include <memory>
+#include <string>
+
+#include "bridge/text.h"
+#include "bridge/tracescope.h"
+#include "dispatcher/fieldinfocache.h"
+#include "dispatcher/interfacestrings.h"
+#include "dispatcher/largedb.h"
+#include "dispatcher/main.h"
+#include "platform/qxwdb.h"
+
+using skiff::jni::JavaMethod;
+using skiff::jni::LocalRef;
+
+namespace skiff {
+
+namespace {
+
+// The interface list's tokens and the keys they are reported under.
+struct InterfaceToken {
+  int index;
+  const char* key;
+};
+constexpr InterfaceToken kInterfaceTokens[] = {
+    {2, "IP Address"}, {3, "IP Subnet Mask"}, {4, "SNMP ifPhysAddr"}};
+
+// Adds the three joined interface tokens, unless the list is empty.
+void RenderInterfaceList(const QXwListFieldValue* list, std::vector<ToolTipProperty>& properties) {
+  std::vector<std::string> interfaces = GetInterfaceStrings(list);
+  if (interfaces.empty()) return;
+  for (const InterfaceToken& token : kInterfaceTokens) {
+    properties.push_back({token.key, ConcatenateIndexedTokens(token.index, interfaces), false});
+  }
+}
+
+}  // namespace
+
+std::vector<ToolTipProperty> RenderToolTipFields(const QXwFieldBindList& bindings, bool isLargeDb) {
+  std::vector<ToolTipProperty> properties;
+  for (int i = 0; i < bindings.count; ++i) {
+    const QXwFieldBinding& binding = bindings.fields[i];
+    const QXwFieldValue* value = binding.field_val;
+    if (value == nullptr || !QxwEventDispatcher::IsToolTipField(binding.field_id)) continue;
+    const QXwFieldInfo* info = GetFieldInfo(binding.field_id);
+    if (info == nullptr) continue;
+    const char* name = info->field_name;
+    if (value->is_list) {
+      // Of the list fields only the interface list is shown, and not on a
+      // large database.
+      if (!isLargeDb && binding.field_id == QxwEventDispatcher::s_TopMInterfaceListFieldId) {
+        RenderInterfaceList(value->un.list_val, properties);
+      }
+      continue;
+    }
+    if (value->field_type == QXW_FIELD_STRING) {
+      const char* text = value->un.string_val;
+      properties.push_back({name, text != nullptr ? text : "", true});
+      continue;
+    }
+    if (isLargeDb) continue;
+    switch (value->field_type) {
+      case QXW_FIELD_INTEGER:
+        properties.push_back({name, std::to_string(value->un.int_val), false});
+        break;
+      case QXW_FIELD_BOOLEAN:
+        properties.push_back({name, value->un.bool_val == 1 ? "TRUE" : "FALSE", false});
+        break;
+      case QXW_FIELD_ENUMERATION: {
+        const char* constant = GetEnumValueAsString(binding.field_id, value->un.enum_val);
+        properties.push_back({name, constant != nullptr ? constant : "", true});
+        break;
+      }
+      default:
+        break;
+    }
+  }
+  return properties;
+}
+
+}  // namespace skiff
+
+namespace {
+
+// java.util.Properties, its constructor and Hashtable's put, resolved by the
+// first call that builds properties and kept for the life of the process.
+struct PropertiesClass {
+  jclass cls = nullptr;
+  jclass hashtable = nullptr;
+  JavaMethod init{"<init>", "()V", JavaMethod::Instance};
+  JavaMethod put{"put", "(Ljava/lang/Object;Ljava/lang/Object;)Ljava/lang/Object;",
+                 JavaMethod::Instance};
+
+  explicit PropertiesClass(JNIEnv* pEnv) {
+    cls = skiff::jni::FindGlobalClass(pEnv, "java/util/Properties");
+    hashtable = skiff::jni::FindGlobalClass(pEnv, "java/util/Hashtable");
+    if (cls != nullptr) skiff::jni::Resolve(pEnv, cls, init, "GetObjectFieldValues");
+    if (hashtable != nullptr) skiff::jni::Resolve(pEnv, hashtable, put, "GetObjectFieldValues");
+  }
+};
+
+const PropertiesClass& Properties(JNIEnv* pEnv) {
+  static const PropertiesClass properties(pEnv);
+  return properties;
+}
+
+struct FieldBindListDeleter {
+  void operator()(QXwFieldBindList* list) const { QXwDbFreeFieldBindList(list); }
+};
+
+}  // namespace
+
+bool QxwEventDispatcher::IsToolTipField(QXwFieldId fieldId) {
+  SKIFF_TRACE("QxwEventDispatcher::IsToolTipField");
+  // Filled by the first call, which comes after CacheFieldIds: the table is
+  // never refreshed.
+  static const std::array<QXwFieldId, 14> toolTipFields = {
+      s_SelectionNameFieldId, s_IPAddressFieldId,        s_SNMPifPhysAddrFieldId,
+      s_IPSubnetMaskFieldId,  s_SNMPsysObjectIDFieldId,  s_SNMPsysLocationFieldId,
+      s_SNMPsysDescrFieldId,  s_SNMPsysContactFieldId,   s_vendorFieldId,
+      s_SNMPAgentFieldId,     s_isSNMPProxiedFieldId,    s_isSNMPSupportedFieldId,
+      s_isNormalizedFieldId,  s_TopMInterfaceListFieldId};
+  for (QXwFieldId toolTipField : toolTipFields) {
+    if (toolTipField == fieldId) return true;
+  }
+  return false;
+}
+
+skiff::jni::LocalRef<jobject> QxwEventDispatcher::GetObjectFieldValues(JNIEnv* pEnv,
+                                                                       QXwObjectId objectId) {
+  SKIFF_TRACE("QxwEventDispatcher::GetObjectFieldValues");
+  if (m_doUseVerboseMode) std::fputs("QxwEventDispatcher::GetObjectFieldValues\n", stderr);
+  const PropertiesClass& propertiesClass = Properties(pEnv);
+  LocalRef<jobject> properties =
+      skiff::jni::NewObject(pEnv, propertiesClass.cls, propertiesClass.init);
+  if (!properties || objectId == 0) return properties;
+
+  std::unique_ptr<QXwFieldBindList, FieldBindListDeleter> bindings(QXwDbGetFieldValues(objectId));
+  if (bindings == nullptr) return properties;
+  for (const skiff::ToolTipProperty& property :
+       skiff::RenderToolTipFields(*bindings, skiff::IsLargeDb())) {
+    LocalRef<jstring> key = skiff::jni::NewUtf8String(pEnv, property.key);
+    LocalRef<jstring> value =
+        property.isPlatformText ? LocalRef<jstring>(pEnv, mb2jstring(pEnv, property.value.c_str()))
+                                : skiff::jni::NewUtf8String(pEnv, property.value.c_str());
+    if (!key || !value) continue;
+    // put's result is the value it replaced.
+    skiff::jni::CallObject(pEnv, properties.get(), propertiesClass.put, key.get(), value.get());
+  }
+  return properties;
+}

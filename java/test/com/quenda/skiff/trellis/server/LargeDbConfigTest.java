@@ -1,0 +1,77 @@
+package com.quenda.skiff.trellis.server;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import java.nio.file.Files;
+import java.nio.file.Path;
+import java.util.Map;
+import org.junit.jupiter.api.AfterAll;
+import org.junit.jupiter.api.BeforeAll;
+import org.junit.jupiter.api.Test;
+
+/**
+ * The large-database file at its real path, read afresh by every submap request, on
+ * field-values.json. The file and its directory are put back as they were.
+ */
+class LargeDbConfigTest {
+    private static final Path FILE = Path.of("/usr/QX/conf/SkiffLargeDb.conf");
+    private static final String PREFIX =
+            "Java_com_quenda_skiff_trellis_server_QxwInterface_getSubmapAndSymbols\n"
+                    + "QxwEventDispatcher::GetSubmapAndSymbols\n";
+
+    private static byte[] saved;
+    private static Path created;  // the outermost directory this test made, if any
+    private static TestSession session;
+    private static EmulatorControl control;
+
+    @BeforeAll
+    static void startSession() throws Exception {
+        saved = Files.exists(FILE) ? Files.readAllBytes(FILE) : null;
+        for (Path dir = FILE.getParent(); !Files.exists(dir); dir = dir.getParent()) created = dir;
+        Files.createDirectories(FILE.getParent());
+        Files.deleteIfExists(FILE);
+        session = TestSession.started();
+        control = new EmulatorControl();
+        session.client.open(true, true, false);
+    }
+
+    @AfterAll
+    static void endSession() throws Exception {
+        session.client.open(false, false, false);
+        session.end(control);
+        control.close();
+        if (saved != null) {
+            Files.write(FILE, saved);
+        } else {
+            Files.deleteIfExists(FILE);
+            for (Path dir = FILE.getParent(); created != null; dir = dir.getParent()) {
+                Files.delete(dir);
+                if (dir.equals(created)) break;
+            }
+        }
+    }
+
+    @Test
+    void theSettingFollowsTheFileAtEveryRequest() throws Exception {
+        Files.writeString(FILE, "# large map\nSKIFF_LARGE_DB=TRUE\n");
+        // Only string fields: the integer, booleans and enumeration of object 10 are left out.
+        assertEquals(PREFIX + "SKIFF_LARGE_DB=TRUE\nQxwEventDispatcher::GetObjectFieldValues\n",
+                TestNative.captureStderr(() -> assertTrue(session.client.getSubmapAndSymbols(2))));
+        assertEquals(Map.of("Selection Name", "host-a", "SNMP sysLocation", "Campus"),
+                session.dispatcher.getObjectFieldValues(10));
+        // Read also for a submap that does not exist.
+        assertEquals(PREFIX + "SKIFF_LARGE_DB=TRUE\n", TestNative.captureStderr(
+                () -> assertFalse(session.client.getSubmapAndSymbols(999))));
+
+        Files.delete(FILE);
+        assertEquals(PREFIX + "Can't open /usr/QX/conf/SkiffLargeDb.conf conf file"
+                        + "SKIFF_LARGE_DB=FALSE\nQxwEventDispatcher::GetObjectFieldValues\n",
+                TestNative.captureStderr(() -> assertTrue(session.client.getSubmapAndSymbols(3))));
+        assertEquals(Map.of("Selection Name", "host-b", "IP Address", "10.1.2.3\n10.1.9.9",
+                "IP Subnet Mask", "255.255.255.0\n255.255.0.0",
+                "SNMP ifPhysAddr", "08:00:2b:01:02:03\n08:00:2b:0a:0b:0c"),
+                session.dispatcher.getObjectFieldValues(11));
+    }
+}

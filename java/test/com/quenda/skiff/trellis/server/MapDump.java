@@ -1,0 +1,109 @@
+package com.quenda.skiff.trellis.server;
+
+import java.io.IOException;
+import java.util.ArrayList;
+import java.util.LinkedHashMap;
+import java.util.List;
+import java.util.Map;
+
+/** The emulator's {@code dump} of the current map: its objects and symbols by id, in map order. */
+final class MapDump {
+    final Map<Long, Map<String, Object>> objects = new LinkedHashMap<>();
+    final Map<Long, Map<String, Object>> symbols = new LinkedHashMap<>();
+
+    @SuppressWarnings("unchecked")
+    private MapDump(String reply) {
+        Map<String, Object> map = (Map<String, Object>) ((Map<String, Object>) new Reader(reply)
+                .value()).get("map");
+        for (Object o : (List<Object>) map.get("objects")) {
+            objects.put(id(o), (Map<String, Object>) o);
+        }
+        for (Object s : (List<Object>) map.get("symbols")) {
+            symbols.put(id(s), (Map<String, Object>) s);
+        }
+    }
+
+    static MapDump of(EmulatorControl control) throws IOException {
+        return new MapDump(control.ok("dump"));
+    }
+
+    private static long id(Object entity) {
+        return (Long) ((Map<?, ?>) entity).get("id");
+    }
+
+    boolean hidden(long symbolId) { return (Boolean) symbols.get(symbolId).get("hidden"); }
+    long status(long symbolId) { return (Long) symbols.get(symbolId).get("status"); }
+    boolean acknowledged(long objectId) {
+        return (Boolean) objects.get(objectId).get("acknowledged");
+    }
+    boolean managed(long objectId) { return (Boolean) objects.get(objectId).get("managed"); }
+
+    /** An object's database field value (Long, Boolean, String or List), null when unset. */
+    Object field(long objectId, String name) {
+        return ((Map<?, ?>) objects.get(objectId).get("fields")).get(name);
+    }
+
+    /** Just enough JSON for the emulator's replies: objects, arrays, strings, integers, literals. */
+    private static final class Reader {
+        private final String text;
+        private int at;
+
+        Reader(String text) { this.text = text; }
+
+        Object value() {
+            char c = text.charAt(skipBlanks());
+            if (c == '{' || c == '[') {
+                Map<String, Object> members = new LinkedHashMap<>();
+                List<Object> elements = new ArrayList<>();
+                char end = c == '{' ? '}' : ']';
+                for (at++; !next(end); next(',')) {
+                    if (c == '[') {
+                        elements.add(value());
+                        continue;
+                    }
+                    skipBlanks();
+                    String name = string();
+                    next(':');
+                    members.put(name, value());
+                }
+                return c == '{' ? members : elements;
+            }
+            if (c == '"') return string();
+            int start = at;
+            while (at < text.length() && ",]} ".indexOf(text.charAt(at)) < 0) at++;
+            String word = text.substring(start, at);
+            return word.equals("null") ? null
+                    : word.equals("true") || word.equals("false") ? Boolean.valueOf(word)
+                    : (Object) Long.parseLong(word);
+        }
+
+        /** A string; a Unicode escape is decoded, any other escape keeps its character. */
+        private String string() {
+            StringBuilder s = new StringBuilder();
+            for (at++; text.charAt(at) != '"'; at++) {
+                char c = text.charAt(at);
+                if (c == '\\' && text.charAt(++at) == 'u') {
+                    c = (char) Integer.parseInt(text.substring(at + 1, at + 5), 16);
+                    at += 4;
+                } else if (c == '\\') {
+                    c = text.charAt(at);
+                }
+                s.append(c);
+            }
+            at++;
+            return s.toString();
+        }
+
+        /** Takes the character when it comes next (after blanks). */
+        private boolean next(char c) {
+            boolean found = text.charAt(skipBlanks()) == c;
+            if (found) at++;
+            return found;
+        }
+
+        private int skipBlanks() {
+            while (Character.isWhitespace(text.charAt(at))) at++;
+            return at;
+        }
+    }
+}
