@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
 #include <string>
 
@@ -65,6 +66,8 @@ class Monitor {
 
   // The next event line the monitor printed, waiting at most `ms`.
   std::string Event(int ms = 5000) { return ReadLine(out_, &events_, ms); }
+
+  const std::string& socketPath() const { return socketPath_; }
 
   // The exit status once the monitor has ended, or -1.
   int WaitExit() {
@@ -176,6 +179,37 @@ TEST_F(MonitorTest, CountersAndFailuresOverTheSocket) {
   EXPECT_EQ(monitor.Command("fail QXwInit 3"), json({{"ok", true}}));
   EXPECT_EQ(monitor.Command("fail QXwInit x")["error"], "the code must be an integer, not \"x\"");
   EXPECT_EQ(monitor.Command("fail QXwInit off"), json({{"ok", true}}));
+}
+
+// Runs qxw-ctl with `arguments` and `input` on its standard input; returns
+// its output and sets its exit status.
+std::string RunCtl(const std::string& arguments, const std::string& input, int* status) {
+  std::string inputPath = skifftest::WriteTempFile(input, ".txt");
+  std::string command = SKIFF_BINARY_DIR "/bin/qxw-ctl " + arguments + " < " + inputPath;
+  FILE* pipe = popen(command.c_str(), "r");
+  std::string out;
+  char buffer[4096];
+  size_t n;
+  while ((n = fread(buffer, 1, sizeof(buffer), pipe)) > 0) out.append(buffer, n);
+  *status = WEXITSTATUS(pclose(pipe));
+  std::remove(inputPath.c_str());
+  return out;
+}
+
+TEST_F(MonitorTest, TheControlClientTakesCommandsAsArgumentsOrLines) {
+  Monitor monitor(mapPath_);
+  const std::string socket = "-s " + monitor.socketPath();
+  int status = -1;
+  EXPECT_EQ(RunCtl(socket + " ping \"unhide 104\" sync", "", &status),
+            "{\"ok\":true}\n{\"ok\":true}\n{\"ok\":true}\n");
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(monitor.Event(0).rfind("{\"event\":24,\"symbols\":[{\"id\":104,", 0), 0u);
+  EXPECT_EQ(
+      RunCtl(socket, "ping\n\nhide 999\nping\n", &status),
+      "{\"ok\":true}\n{\"ok\":false,\"error\":\"symbol 999 does not exist\"}\n{\"ok\":true}\n");
+  EXPECT_EQ(status, 1);
+  RunCtl("-s /nonexistent.sock ping", "", &status);
+  EXPECT_EQ(status, 2);
 }
 
 TEST_F(MonitorTest, EndSessionEndsTheMonitor) {
