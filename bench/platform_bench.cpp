@@ -81,12 +81,23 @@ double InChild(const std::function<double()>& f) {
   return s;
 }
 
+// A duration for the table: milliseconds, or microseconds below one.
+std::string Time(double seconds) {
+  char text[32];
+  if (seconds >= 1e-3) {
+    std::snprintf(text, sizeof(text), "%.1f ms", seconds * 1e3);
+  } else {
+    std::snprintf(text, sizeof(text), "%.1f µs", seconds * 1e6);
+  }
+  return text;
+}
+
 void Row(const char* what, double ours, double baseline, const char* note = "") {
   if (baseline > 0) {
-    std::printf("| %s | %.3f ms | %.3f ms | %.2f | %s |\n", what, ours * 1e3, baseline * 1e3,
+    std::printf("| %s | %s | %s | %.2f | %s |\n", what, Time(ours).c_str(), Time(baseline).c_str(),
                 ours / baseline, note);
   } else {
-    std::printf("| %s | %.3f ms | | | %s |\n", what, ours * 1e3, note);
+    std::printf("| %s | %s | | | %s |\n", what, Time(ours).c_str(), note);
   }
 }
 

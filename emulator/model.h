@@ -167,6 +167,16 @@ class Map {
   // integers, booleans and enumerations, its text for strings), in creation
   // order. Integers compare by their 32 bits, as the platform's int_val does.
   const std::vector<Object*>* Lookup(const FieldDef& field, const Scalar& key) const;
+  // Calls visit(text, objects) for every distinct text of a string field
+  // (not a list) and the objects that carry it, in no particular order.
+  template <class Visit>
+  void ForEachText(const FieldDef& field, Visit visit) const {
+    auto index = index_.find(field.id);
+    if (index == index_.end()) return;
+    for (const auto& [text, objects] : index->second.byText) {
+      if (!objects.empty()) visit(text, objects);
+    }
+  }
 
  private:
   struct FieldIndex {

@@ -2,6 +2,7 @@
 
 #include <regex.h>
 
+#include <algorithm>
 #include <cstring>
 
 #include "emulator/emulator.h"
@@ -46,19 +47,25 @@ void Filter(const std::vector<Object*>& candidates, const std::vector<Wanted>& w
   }
 }
 
-// The smallest index bucket among the non-list wanted values; null when
-// every value is of a list field. Sets `none` when some bucket is empty.
-const std::vector<Object*>* SmallestBucket(const Map& map, const std::vector<Wanted>& wanted,
-                                           bool* none) {
-  const std::vector<Object*>* best = nullptr;
-  for (const Wanted& w : wanted) {
+// The wanted value (not of a list field) with the smallest index bucket,
+// whose bucket then holds every candidate: its index in `wanted` and the
+// bucket, or {-1, null} when every value is of a list field. Sets `none`
+// when some bucket is empty.
+std::pair<int, const std::vector<Object*>*> SmallestBucket(const Map& map,
+                                                           const std::vector<Wanted>& wanted,
+                                                           bool* none) {
+  std::pair<int, const std::vector<Object*>*> best{-1, nullptr};
+  for (size_t i = 0; i < wanted.size(); ++i) {
+    const Wanted& w = wanted[i];
     if (w.field->list) continue;
     const std::vector<Object*>* bucket = map.Lookup(*w.field, w.key);
     if (bucket == nullptr || bucket->empty()) {
       *none = true;
-      return nullptr;
+      return {-1, nullptr};
     }
-    if (best == nullptr || bucket->size() < best->size()) best = bucket;
+    if (best.second == nullptr || bucket->size() < best.second->size()) {
+      best = {static_cast<int>(i), bucket};
+    }
   }
   return best;
 }
@@ -106,9 +113,16 @@ bool ObjectsMatching(Map& map, const QXwFieldBinding* bindings, int count,
     wanted.push_back(std::move(w));
   }
   bool none = false;
-  const std::vector<Object*>* bucket = SmallestBucket(map, wanted, &none);
+  auto [chosen, bucket] = SmallestBucket(map, wanted, &none);
   if (none) return true;
-  Filter(bucket != nullptr ? *bucket : map.ObjectsInOrder(), wanted, out);
+  if (bucket == nullptr) {
+    Filter(map.ObjectsInOrder(), wanted, out);
+    return true;
+  }
+  // Every object of the bucket has the chosen value: only the others are
+  // checked.
+  wanted.erase(wanted.begin() + chosen);
+  Filter(*bucket, wanted, out);
   return true;
 }
 
@@ -191,6 +205,19 @@ bool EvaluateClause(Map& map, const Clause& clause, std::vector<QXwObjectId>* ou
   if (regcomp(&re, clause.value.c_str(), REG_EXTENDED | REG_NOSUB) != 0) {
     SetError(QXW_ERR_BAD_EXPRESSION, "invalid regular expression: " + clause.value);
     return false;
+  }
+  if (def->type == QXW_FIELD_STRING && !def->list) {
+    // Each distinct text is matched once; the objects that carry a matching
+    // one are then put in creation order.
+    std::vector<std::pair<uint64_t, QXwObjectId>> found;
+    map.ForEachText(*def, [&](const std::string& text, const std::vector<Object*>& owners) {
+      if (regexec(&re, text.c_str(), 0, nullptr, 0) != 0) return;
+      for (const Object* o : owners) found.emplace_back(o->seq, o->id);
+    });
+    regfree(&re);
+    std::sort(found.begin(), found.end());
+    for (const auto& [seq, id] : found) out->push_back(id);
+    return true;
   }
   auto matches = [&](const Scalar& s) {
     if (def->type == QXW_FIELD_STRING) return regexec(&re, s.text.c_str(), 0, nullptr, 0) == 0;
