@@ -36,6 +36,13 @@ jclass FindGlobalClass(JNIEnv* pEnv, const char* className) {
   return global;
 }
 
+LocalRef<jintArray> NewIntArray(JNIEnv* pEnv, const jint* values, jsize count) {
+  LocalRef<jintArray> array(pEnv, pEnv->NewIntArray(count));
+  if (Threw(pEnv, "JNI function", "NewIntArray") || !array) return {};
+  if (count > 0) pEnv->SetIntArrayRegion(array.get(), 0, count, values);
+  return array;
+}
+
 bool Threw(JNIEnv* pEnv, const char* kind, const char* name) {
   if (!pEnv->ExceptionCheck()) return false;
   std::fprintf(stderr, "%s %s threw an exception\n", kind, name);

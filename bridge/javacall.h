@@ -115,6 +115,10 @@ void CallStaticVoid(JNIEnv* pEnv, jclass cls, const JavaMethod& method, Args... 
   Threw(pEnv, "Java method", method.name);
 }
 
+// A new Java int[] holding `count` values; null (reported as Threw reports
+// it) when Java cannot make it.
+LocalRef<jintArray> NewIntArray(JNIEnv* pEnv, const jint* values, jsize count);
+
 // Constructs an object of `cls` with the constructor `method`.
 template <typename R = jobject, typename... Args>
 LocalRef<R> NewObject(JNIEnv* pEnv, jclass cls, const JavaMethod& method, Args... args) {

@@ -83,11 +83,13 @@ bool QxwEventDispatcher::Connect() {
     m_thisQxwSessionEnablesLocationTracking =
         ShouldEnableLocationTracking(m_pMap, m_mapNameForLocationTracking);
     ScopingCache::OpenScopeCache();
+    AddQXwCallbacks();
   }
   // Error 2: the platform has no map information, yet the session is usable.
   const bool usable = initialized || QXwError() == QXW_ERR_NO_MAP_INFO;
   if (usable) {
     EnableJavaCallbacks(true);
+    SynchronizeLocationTrackingIfNeeded();
   } else {
     QxwInterface::SetConnectionResults(false, nullptr, true);
   }

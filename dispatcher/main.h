@@ -16,6 +16,7 @@
 
 #include "bridge/javacall.h"
 #include "platform/qxw.h"
+#include "platform/qxwdb.h"
 
 class NetworkSubmapNodeInterfacesHashtable;
 class ObjectSymbolInfoHashtable;
@@ -96,6 +97,13 @@ class SubmapSymbolInfoHashtable;
   X(s_TopMSegmentIdFieldId, "TopM Segment ID")         \
   X(s_TopMNetworkIdFieldId, "TopM Network ID")
 
+namespace skiff {
+
+// A field value list of the platform, freed with the scope.
+using ObjectFieldListPtr = std::unique_ptr<QXwObjectFieldList, decltype(&QXwDbFreeObjectFieldList)>;
+
+}  // namespace skiff
+
 class QxwEventDispatcher {
  public:
   QxwEventDispatcher() = delete;
@@ -130,9 +138,11 @@ class QxwEventDispatcher {
                    bool doInvokeJavaCallbacksForScopingUpdates,
                    bool doSetLocationIDFieldInCallbacks, bool doSyncLocationIDFieldInSubLocations,
                    bool doSyncLocationIDFieldInNetworks);
-  // Opens the platform session and everything that lives with it, starts the
-  // request server and waits for the client's connection. True when the
-  // session is usable (also when the platform has no map information).
+  // Opens the platform session and everything that lives with it (the
+  // caches, the field ids, the event handlers), starts the request server,
+  // waits for the client's connection, then synchronizes the Location ID
+  // fields if needed. True when the session is usable (also when the
+  // platform has no map information).
   static bool Connect();
   // Runs the platform's event loop until it can deliver no more events.
   static void Listen();
@@ -250,6 +260,84 @@ class QxwEventDispatcher {
   // Deletes every symbol of each object of getDeleteSymbolsObjectIds, one
   // platform call per object; objects without symbols are passed over.
   static void DeleteAllSymbolsForObjects(int numObjects);
+
+  // Map events (dispatcher/events.cpp). The platform calls these handlers on
+  // the dispatcher thread, inside the event loop. Changes to submaps Java has
+  // loaded come inside beginMapSync ... endMapSync, which closes on every
+  // path; each submap they touched then gets its node positions reported
+  // again and synchronizeLayoutAppearance, once. A missing symbol list counts
+  // as empty.
+
+  // Registers the handlers of the fifteen events, the interface-object events
+  // with the filter "isInterface" = TRUE. A registration that fails is
+  // reported and the others are still made; true when none failed. Needs the
+  // cached field ids.
+  static bool AddQXwCallbacks();
+  // Hidden, unhidden, created and deleted symbols: reported only for loaded
+  // submaps, each touched submap refreshed; the bracket is always made.
+  static void SymbolsHiddenCB(void* userData, int eventType, QXwMapInfo* pMap,
+                              QXwSymbolList* pSymbols);
+  static void SymbolsUnhiddenCB(void* userData, int eventType, QXwMapInfo* pMap,
+                                QXwSymbolList* pSymbols);
+  // A node symbol is reported with addNodeSymbol (and its object's field
+  // values when Java lacks them), a connection with addConnectionSymbol; then
+  // symbolCreatedCB with that symbol object.
+  static void SymbolsCreatedCB(void* userData, int eventType, QXwMapInfo* pMap,
+                               QXwSymbolList* pSymbols);
+  static void SymbolsDeletedCB(void* userData, int eventType, QXwMapInfo* pMap,
+                               QXwSymbolList* pSymbols);
+  // Every symbol's new status, loaded submap or not; no bracket.
+  static void SymbolsStatusChangeCB(void* userData, int eventType, QXwMapInfo* pMap,
+                                    QXwSymbolList* pSymbols);
+  // Inside a bracket: a node symbol placed by coordinates or after another
+  // symbol is reported and its submap refreshed; anything else reports
+  // nothing.
+  static void SymbolMovedCB(void* userData, int eventType, QXwMapInfo* pMap,
+                            QXwSymbolInfo* pSymbol);
+  // Node symbols only.
+  static void SymbolNormalizeChangeCB(void* userData, int eventType, QXwMapInfo* pMap,
+                                      QXwSymbolInfo* pSymbol, QXwBoolean isNormalized);
+  // Each submap of the list, loaded or not; nothing without a list. A deleted
+  // submap reaches the scoping cache before Java hears of it.
+  static void SubmapsCreatedCB(void* userData, int eventType, QXwMapInfo* pMap,
+                               QXwSubmapList* pSubmaps);
+  static void SubmapsDeletedCB(void* userData, int eventType, QXwMapInfo* pMap,
+                               QXwSubmapList* pSubmaps);
+  // Switched off: submapAutoLayoutChangeCB alone. Switched on: inside a
+  // bracket, with the submap refreshed after it.
+  static void SubmapAutoLayoutChangeCB(void* userData, int eventType, QXwMapInfo* pMap,
+                                       QXwSubmapInfo* pSubmap);
+  // Reports the position of every node symbol of the submap (any placement)
+  // with symbolMovedCB, moreToFollow false for the last one only.
+  static void RefreshSubmapSymbolPositions(JNIEnv* pEnv, QXwSubmapId submapId);
+
+  // Session events (dispatcher/session.cpp).
+
+  // The platform session is closed before Java hears of the end; the field
+  // information and scoping caches are closed after.
+  static void EndSessionCB(void* userData, int eventType, QXwBoolean normalEnd);
+  // Takes the new map's information, decides location tracking again and
+  // reports the root submap with its symbols before mapOpenCB. Nothing
+  // without map information.
+  static void MapOpenCB(void* userData, int eventType, QXwMapInfo* pMap,
+                        QXwFieldBindList* pConfigParams);
+  // mapCloseCB when the event names the map; then, in every case, the map
+  // information is taken afresh and the close acknowledged, last.
+  static void MapCloseCB(void* userData, int eventType, QXwMapInfo* pMap, time_t closingTime);
+  // Brings the Location ID fields up to date when this session tracks
+  // locations, as the two synchronization flags ask.
+  static void SynchronizeLocationTrackingIfNeeded();
+  // The "TopM Node ID" values of the listed objects (a missing list counts as
+  // empty), in list order; null when the platform gives none.
+  static skiff::ObjectFieldListPtr GetTopMNodeIdFieldValueList(const QXwObjectList* pObjectList);
+  // With scoping updates on: scopingInterfacesCreatedCB with the interfaces
+  // that have a node and those nodes; nothing when none has one.
+  static void CreateInterfaceObjectsCB(void* userData, int eventType, QXwMapInfo* pMap,
+                                       QXwObjectList* pObjects);
+  // With scoping updates on: scopingInterfacesDeletedCB with every object of
+  // the event, also none.
+  static void DeleteInterfaceObjectsCB(void* userData, int eventType, QXwMapInfo* pMap,
+                                       QXwObjectList* pObjects);
 };
 
 #endif  // SKIFF_DISPATCHER_MAIN_H_

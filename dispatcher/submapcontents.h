@@ -1,5 +1,6 @@
 // What a submap report sends for each symbol, apart from Java: which symbols
-// are reported and where a node symbol is placed.
+// are reported, where a node symbol is placed, and which node positions a
+// position refresh reports.
 #ifndef SKIFF_DISPATCHER_SUBMAPCONTENTS_H_
 #define SKIFF_DISPATCHER_SUBMAPCONTENTS_H_
 
@@ -40,6 +41,19 @@ void ForEachReportedSymbol(const QXwSymbolList* list, OnNode onNode, OnConnectio
     } else if (symbol.symbol_variety == QXW_SYMBOL_CONNECTION) {
       onConnection(symbol);
     }
+  }
+}
+
+// Calls onNode(symbol, moreToFollow) for each icon symbol of the list, in
+// the list's order; moreToFollow is false for the last icon symbol only.
+// Symbols of any other variety are passed over. A null list reports nothing.
+template <class OnNode>
+void ForEachNodePosition(const QXwSymbolList* list, OnNode onNode) {
+  if (list == nullptr) return;
+  int last = list->count - 1;
+  while (last >= 0 && list->symbols[last].symbol_variety != QXW_SYMBOL_ICON) --last;
+  for (int i = 0; i <= last; ++i) {
+    if (list->symbols[i].symbol_variety == QXW_SYMBOL_ICON) onNode(list->symbols[i], i != last);
   }
 }
 

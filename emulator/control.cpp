@@ -11,6 +11,7 @@
 #include <cstring>
 #include <functional>
 #include <map>
+#include <set>
 #include <unordered_set>
 
 #include "emulator/arena.h"
@@ -336,33 +337,66 @@ Json CmdAutolayout(const Words& w, std::string_view) {
   return Ok();
 }
 
+// create-object JSON: one object, or an array of objects made together in
+// one event. Every object is checked before any is added.
 Json CmdCreateObject(const Words&, std::string_view line) {
   std::string_view rest = AfterWords(line, 1);
   Map& map = TheMap();
-  Object object = ParseObject(WithId(ParseJsonArgument(rest), map.NextObjectId()), map, 1);
-  if (map.FindObject(object.id) != nullptr) {
-    throw Refusal{"object " + std::to_string(object.id) + " already exists"};
-  }
-  for (const FieldValue& v : object.fields) CheckSelectionNameFree(map, object, v);
-  Submap* child = nullptr;
-  if (object.childSubmap != 0) {
-    child = map.FindSubmap(object.childSubmap);
-    if (child == nullptr) {
-      throw Refusal{"submap " + std::to_string(object.childSubmap) + " does not exist"};
+  Json argument = Json::parse(rest.begin(), rest.end(), nullptr, false);
+  if (argument.is_discarded()) throw Refusal{"the argument is not valid JSON"};
+  const bool many = argument.is_array();
+  if (!many) argument = Json::array({ParseJsonArgument(rest)});
+  if (argument.empty()) throw Refusal{"no object was given"};
+
+  std::vector<Object> objects;
+  std::set<QXwObjectId> ids;
+  std::set<std::string> names;
+  std::set<QXwSubmapId> children;
+  const FieldDef* selectionName = map.FieldByName("Selection Name");
+  QXwObjectId next = map.NextObjectId();
+  for (size_t i = 0; i < argument.size(); ++i) {
+    if (argument[i].is_object() && !argument[i].contains("id")) {
+      while (ids.count(next) != 0) ++next;
+      argument[i]["id"] = next;
     }
-    if (child->parentObject != 0) {
-      throw Refusal{"submap " + std::to_string(child->id) + " already has parent object " +
-                    std::to_string(child->parentObject)};
+    Object object = ParseObject(argument[i], map, i + 1);
+    if (map.FindObject(object.id) != nullptr || !ids.insert(object.id).second) {
+      throw Refusal{"object " + std::to_string(object.id) + " already exists"};
     }
+    for (const FieldValue& v : object.fields) {
+      CheckSelectionNameFree(map, object, v);
+      if (selectionName != nullptr && v.field == selectionName->id &&
+          !names.insert(v.scalar.text).second) {
+        throw Refusal{"selection name \"" + v.scalar.text + "\" is given twice"};
+      }
+    }
+    if (object.childSubmap != 0) {
+      const Submap* child = map.FindSubmap(object.childSubmap);
+      if (child == nullptr) {
+        throw Refusal{"submap " + std::to_string(object.childSubmap) + " does not exist"};
+      }
+      if (child->parentObject != 0 || !children.insert(child->id).second) {
+        throw Refusal{"submap " + std::to_string(child->id) + " already has a parent object"};
+      }
+    }
+    objects.push_back(std::move(object));
   }
-  uint32_t id = object.id;
-  const Object& added = map.AddObject(std::move(object));
-  if (child != nullptr) child->parentObject = id;
+
+  std::vector<const Object*> added;
+  Json created = Json::array();
+  for (Object& object : objects) {
+    created.push_back(object.id);
+    if (Submap* child = map.FindSubmap(object.childSubmap)) child->parentObject = object.id;
+    added.push_back(&map.AddObject(std::move(object)));
+  }
   Event e;
   e.code = QXW_EVENT_OBJECTS_CREATED;
-  e.objects = BuildObjectList(map, {&added});
+  e.objects = BuildObjectList(map, added);
   Queue(e);
-  return Created(id);
+  if (!many) return Created(created[0]);
+  Json reply = Ok();
+  reply["ids"] = std::move(created);
+  return reply;
 }
 
 Json CmdDeleteObjects(const Words& w, std::string_view) {

@@ -148,6 +148,9 @@ TEST_F(EventsTest, RefusedCommandsChangeNothing) {
        "object 71: selection name \"rtr1\" is already used by object 30"},
       {"set-field 30 \"No Field\" 1", "field \"No Field\" does not exist"},
       {"set-field 30 isNode maybe", "a boolean value is TRUE or FALSE, not \"maybe\""},
+      {R"(create-object [{"fields": {"Selection Name": "x"}}, {"fields": {"Selection Name": "x"}}])",
+       "selection name \"x\" is given twice"},
+      {"create-object []", "no object was given"},
       {"open-map /nonexistent.json", "/nonexistent.json: cannot be read"},
       {"delete-objects 30 999", "object 999 does not exist"},
       {"frobnicate", "unknown command \"frobnicate\""},
@@ -187,9 +190,14 @@ TEST_F(EventsTest, ObjectEventsReachEachHandlerThroughItsFilter) {
   ControlOk(R"(create-object {"id": 80, "fields": {"isInterface": true, "TopM Node ID": 40}})");
   ControlOk(R"(create-object {"id": 81, "fields": {"isNode": true}})");
   ControlOk("delete-objects 41 30 42");
+  // Several objects made together come in one event.
+  EXPECT_EQ(ControlOk(R"(create-object [{"fields": {"isInterface": true}}, {"id": 90},
+                                        {"fields": {"isInterface": true}}])")["ids"],
+            nlohmann::json::array({82, 90, 83}));
   skifftest::DeliverPending();
   EXPECT_EQ(g_seen, (std::vector<std::string>{"interfaces 18 [80]", "all 18 [80]", "all 18 [81]",
-                                              "interfaces 15 [41 42]", "all 15 [41 30 42]"}));
+                                              "interfaces 15 [41 42]", "all 15 [41 30 42]",
+                                              "interfaces 18 [82 83]", "all 18 [82 90 83]"}));
 }
 
 TEST_F(EventsTest, EventsWithoutHandlersAreDropped) {

@@ -17,8 +17,10 @@
 #include "channel/socketio.h"
 #include "com_quenda_skiff_trellis_server_TestNative.h"
 #include "dispatcher/main.h"
+#include "emulator/qxwemu.h"
 #include "tables/idsets.h"
 #include "tables/keyedtable.h"
+#include "tables/scopingcache.h"
 
 namespace {
 
@@ -129,6 +131,20 @@ JNIEXPORT jintArray JNICALL Java_com_quenda_skiff_trellis_server_TestNative_root
     pEnv->SetIntArrayRegion(array, 0, static_cast<jsize>(ids.size()), ids.data());
   }
   return array;
+}
+
+JNIEXPORT jstring JNICALL
+Java_com_quenda_skiff_trellis_server_TestNative_emulator(JNIEnv* pEnv, jclass, jstring command) {
+  skiff::jni::Utf8Chars line(pEnv, command);
+  if (line.get() == nullptr) return nullptr;
+  return skiff::jni::NewUtf8String(pEnv, qxwemu::Control(line.get()).c_str()).release();
+}
+
+JNIEXPORT jint JNICALL Java_com_quenda_skiff_trellis_server_TestNative_childSubmapId(
+    JNIEnv* pEnv, jclass, jstring selectionName) {
+  skiff::jni::Utf8Chars name(pEnv, selectionName);
+  if (name.get() == nullptr) return 0;
+  return static_cast<jint>(ScopingCache::GetChildSubmapId(QxwEventDispatcher::m_pMap, name.get()));
 }
 
 JNIEXPORT jboolean JNICALL

@@ -4,15 +4,17 @@ import com.quenda.skiff.trellis.server.Submap;
 
 /**
  * The demo: runs the reference Java server over the map platform, prints the map as a tree from
- * its root submap, and ends the session. The map is the platform's (the emulator's QXW_MAP, or
- * its embedded default map); build/bin/skiff-demo sets that up.
+ * its root submap, then prints each change to the map as the server's mirror applies it, until
+ * the session ends. The map is the platform's (the emulator's QXW_MAP, or its embedded default
+ * map) and so is the control socket through which a person changes it (QXW_CONTROL);
+ * build/bin/skiff-demo sets both up. SIGTERM ends the session before the demo exits.
  */
 public final class Demo {
     private Demo() {}
 
     public static void main(String[] args) throws Exception {
         if (args.length > 0) {
-            System.err.println("usage: skiff-demo [MAP_FILE]");
+            System.err.println("usage: skiff-demo [--control SOCKET] [MAP_FILE]");
             System.exit(2);
         }
         DemoSession session = DemoSession.start(new DemoDispatcher());
@@ -20,6 +22,7 @@ public final class Demo {
             System.err.println("skiff-demo: the map platform session could not be opened");
             System.exit(1);
         }
+        Runtime.getRuntime().addShutdownHook(new Thread(session::endIfRunning, "end session"));
         System.out.printf("Map \"%s\" (%s)%n%n", session.results.mapName(),
                 session.results.readOnly() ? "read-only" : "read-write");
         // The first request makes the client's connection; 0 asks for the root submap.
@@ -30,11 +33,18 @@ public final class Demo {
         } else {
             new MapTreePrinter(session.client, session.dispatcher, System.out).print(root);
         }
+
+        session.dispatcher.addMapListener(new MapChangePrinter(System.out));
+        String socket = System.getenv("QXW_CONTROL");
+        String controlClient = System.getProperty("skiff.demo.controlClient", "qxw-ctl");
+        String example = root == null || root.getSymbols().isEmpty() ? "ID"
+                : String.valueOf(root.getSymbols().get(0).getSymbolId());
+        System.out.printf("%nWatching the map. Change it through the control socket %s,"
+                + " for example:%n  %s -s %s \"status 3 %s\" \"hide %s\" \"move %s 1 100 100\"%n"
+                + "End with \"%s -s %s end-session\" or Ctrl-C.%n%n", socket, controlClient,
+                socket, example, example, example, controlClient, socket);
         System.out.flush();
-        if (!session.end()) {
-            System.err.println("skiff-demo: the platform session could not be ended"
-                    + " (no control socket in QXW_CONTROL); it ends with the process");
-        }
+        session.awaitEnd();
         System.exit(0);
     }
 }

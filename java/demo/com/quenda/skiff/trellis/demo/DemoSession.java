@@ -48,19 +48,40 @@ final class DemoSession {
         return new DemoSession(dispatcher, client, results, thread);
     }
 
+    /** Waits until the platform session has ended and the event loop has returned. */
+    void awaitEnd() throws InterruptedException {
+        thread.join();
+    }
+
     /**
-     * Closes the client and ends the platform session through the emulator's control socket
-     * (QXW_CONTROL), then waits for the dispatcher thread's event loop to return. False when the
-     * session could not be ended that way.
+     * While the event loop runs: closes the client and ends the platform session through the
+     * emulator's control socket (QXW_CONTROL), then waits for the event loop to return. When the
+     * session cannot be ended so, says that it ends with the process.
      */
-    boolean end() throws IOException, InterruptedException {
+    void endIfRunning() {
+        if (!thread.isAlive()) return;
         client.close();
+        if (!sendEndSession()) {
+            System.err.println("skiff-demo: the platform session could not be ended through the"
+                    + " control socket; it ends with the process");
+            return;
+        }
+        try {
+            thread.join(TimeUnit.SECONDS.toMillis(TIMEOUT_SECONDS));
+        } catch (InterruptedException e) {
+            Thread.currentThread().interrupt();
+        }
+    }
+
+    private static boolean sendEndSession() {
         String control = System.getenv("QXW_CONTROL");
         if (control == null || control.isEmpty()) return false;
-        String reply = command(control, "end-session");
-        if (reply == null || !reply.contains("\"ok\":true")) return false;
-        thread.join(TimeUnit.SECONDS.toMillis(TIMEOUT_SECONDS));
-        return !thread.isAlive();
+        try {
+            String reply = command(control, "end-session");
+            return reply != null && reply.contains("\"ok\":true");
+        } catch (IOException e) {
+            return false;
+        }
     }
 
     /** Sends one control command and returns its one-line reply. */

@@ -13,6 +13,7 @@ public class MapNodeSymbol extends MapSymbol {
     private volatile int y;
     private volatile int predSymbolId;
     private final int customSubmapId;
+    private volatile boolean normalized;
 
     public MapNodeSymbol(int symbolId, int submapId, String label, String annotation,
             String symbolType, int plane, int status, int objectId, int childSubmapId,
@@ -34,13 +35,21 @@ public class MapNodeSymbol extends MapSymbol {
     public int getPredSymbolId() { return predSymbolId; }
     /** The submap this symbol was reported for, when not its own; 0 otherwise. */
     public int getCustomSubmapId() { return customSubmapId; }
+    /** The symbol's normalize flag as the last change reported it; false until then. */
+    public boolean isNormalized() { return normalized; }
 
-    void moveTo(int placement, int x, int y, int predSymbolId) {
+    /** Takes the position; true when it differs from the one held. */
+    boolean moveTo(int placement, int x, int y, int predSymbolId) {
+        boolean moved = placement != this.placement || x != this.x || y != this.y
+                || predSymbolId != this.predSymbolId;
         this.placement = placement;
         this.x = x;
         this.y = y;
         this.predSymbolId = predSymbolId;
+        return moved;
     }
+
+    void setNormalized(boolean normalized) { this.normalized = normalized; }
 
     @Override
     public String toString() {

@@ -9,7 +9,7 @@ public abstract class MapSymbol {
     private final int plane;
     private volatile int status;
     private final int objectId;
-    private final int childSubmapId;
+    private volatile int childSubmapId;
     private volatile boolean hidden;
 
     protected MapSymbol(int symbolId, int submapId, String label, String symbolType, int plane,
@@ -39,4 +39,5 @@ public abstract class MapSymbol {
 
     void setStatus(int status) { this.status = status; }
     void setHidden(boolean hidden) { this.hidden = hidden; }
+    void setChildSubmapId(int childSubmapId) { this.childSubmapId = childSubmapId; }
 }

@@ -1,8 +1,17 @@
 package com.quenda.skiff.trellis.server;
 
+import java.util.ArrayList;
+import java.util.HashMap;
+import java.util.HashSet;
+import java.util.List;
 import java.util.Map;
 import java.util.Properties;
-import java.util.concurrent.ConcurrentHashMap;
+import java.util.Set;
+import java.util.concurrent.CopyOnWriteArrayList;
+import java.util.concurrent.locks.Lock;
+import java.util.concurrent.locks.ReentrantReadWriteLock;
+import java.util.function.Consumer;
+import java.util.function.Supplier;
 
 /**
  * The dispatcher side of the server: the map as the map platform reports it.
@@ -10,19 +19,34 @@ import java.util.concurrent.ConcurrentHashMap;
  * <p>One thread, the dispatcher thread, calls {@link #connect} and then {@link #listenForEvents},
  * which returns when the platform ends the session. The native library calls the protected
  * methods below on that thread only: to report map content and map changes, and to fetch the
- * arguments of the client request it is serving. This reference dispatcher keeps the submaps,
- * symbols (each submap's in the platform's order) and object field values it is given, and
- * answers {@link #submapInCache} and {@link #qxwdbObjectFieldValuesInCache} from them; subclasses
- * may override any callback.
+ * arguments of the client request it is serving. This reference dispatcher keeps a mirror of the
+ * submaps, symbols (each submap's in the platform's order) and object field values it is given,
+ * answers {@link #submapInCache} and {@link #qxwdbObjectFieldValuesInCache} from it, applies
+ * every map change to it and then tells the {@link MapListener}s; subclasses may override any
+ * callback, calling the method they override to keep the mirror.
+ *
+ * <p>Any thread may read the mirror. The getters and {@link #readMirror} wait while a batch of
+ * changes (from {@code beginMapSync} to {@code endMapSync}) is being applied, so that none sees
+ * half of one. The submaps and symbols they return change in place as later changes come: read
+ * them inside {@link #readMirror} to see them all at one state of the map.
  */
 public class QxwEventDispatcher {
     static {
         System.loadLibrary("skiffqxw");
     }
 
-    private final Map<Integer, Submap> submaps = new ConcurrentHashMap<>();
-    private final Map<Integer, MapSymbol> symbols = new ConcurrentHashMap<>();
-    private final Map<Integer, Properties> objectFieldValues = new ConcurrentHashMap<>();
+    // The mirror. Written on the dispatcher thread under the write lock, which it also holds from
+    // beginMapSync to endMapSync; read under the read lock.
+    private final ReentrantReadWriteLock mirrorLock = new ReentrantReadWriteLock();
+    private final Map<Integer, Submap> submaps = new HashMap<>();
+    private final Map<Integer, MapSymbol> symbols = new HashMap<>();
+    private final Map<Integer, Properties> objectFieldValues = new HashMap<>();
+    // The submap reported last, and the objects whose field values came with that report: what
+    // a map open keeps of the mirror. Dispatcher thread only.
+    private Submap lastReportedSubmap;
+    private final Set<Integer> lastReportFieldValues = new HashSet<>();
+
+    private final List<MapListener> listeners = new CopyOnWriteArrayList<>();
 
     // Arguments of the client request being served: stored by QxwInterface under its request
     // lock before it sends the request, read here on the dispatcher thread.
@@ -42,9 +66,31 @@ public class QxwEventDispatcher {
     /** Runs the platform's event loop, serving client requests, until the session ends. */
     public native void listenForEvents();
 
-    public Submap getSubmap(int submapId) { return submaps.get(submapId); }
-    public MapSymbol getSymbol(int symbolId) { return symbols.get(symbolId); }
-    public Properties getObjectFieldValues(int objectId) { return objectFieldValues.get(objectId); }
+    public Submap getSubmap(int submapId) { return readMirror(() -> submaps.get(submapId)); }
+    public MapSymbol getSymbol(int symbolId) { return readMirror(() -> symbols.get(symbolId)); }
+    public Properties getObjectFieldValues(int objectId) {
+        return readMirror(() -> objectFieldValues.get(objectId));
+    }
+    /** The loaded submaps, in no particular order. */
+    public List<Submap> getSubmaps() { return readMirror(() -> new ArrayList<>(submaps.values())); }
+
+    /**
+     * Runs the reader while no change is being applied to the mirror, and returns its result. The
+     * reader must not make client requests: they wait for the dispatcher thread, which may be
+     * waiting for the reader.
+     */
+    public <T> T readMirror(Supplier<T> reader) {
+        Lock lock = mirrorLock.readLock();
+        lock.lock();
+        try {
+            return reader.get();
+        } finally {
+            lock.unlock();
+        }
+    }
+
+    public void addMapListener(MapListener listener) { listeners.add(listener); }
+    public void removeMapListener(MapListener listener) { listeners.remove(listener); }
 
     void setRequestIds(int[] ids) { requestIds = ids.clone(); }
     void setRootObjectSelectionNames(String[] names) { rootObjectSelectionNames = names.clone(); }
@@ -55,7 +101,17 @@ public class QxwEventDispatcher {
             int layoutStyle, boolean doUseAutoLayout, String backgroundGraphicsFile) {
         Submap submap = new Submap(parentObjectId, submapId, submapName, layoutStyle,
                 doUseAutoLayout, backgroundGraphicsFile);
-        submaps.put(submapId, submap);
+        applyToMirror(() -> {
+            // A submap reported again replaces the old report and its symbols.
+            Submap previous = submaps.put(submapId, submap);
+            if (previous != null) {
+                for (MapSymbol symbol : previous.getSymbols()) {
+                    symbols.remove(symbol.getSymbolId(), symbol);
+                }
+            }
+            lastReportedSubmap = submap;
+            lastReportFieldValues.clear();
+        });
         return submap;
     }
 
@@ -66,9 +122,8 @@ public class QxwEventDispatcher {
         MapNodeSymbol symbol = new MapNodeSymbol(symbolId, submapId, label, annotation,
                 symbolType, plane, status, objectId, childSubmapId, hidden, placement, x, y,
                 predSymbolId, customSubmapId);
-        symbols.put(symbolId, symbol);
         // A symbol reported for another submap (customSubmapId) is not part of its submap's report.
-        if (customSubmapId == 0) addToSubmap(symbol);
+        applyToMirror(() -> putSymbol(symbol, customSubmapId == 0));
         return symbol;
     }
 
@@ -78,33 +133,38 @@ public class QxwEventDispatcher {
         MapConnectionSymbol symbol = new MapConnectionSymbol(symbolId, submapId, label,
                 symbolType, plane, status, objectId, childSubmapId, hidden, endpoint1Id,
                 endpoint2Id);
-        symbols.put(symbolId, symbol);
-        addToSubmap(symbol);
+        applyToMirror(() -> putSymbol(symbol, true));
         return symbol;
     }
 
-    private void addToSubmap(MapSymbol symbol) {
-        Submap submap = submaps.get(symbol.getSubmapId());
+    private void putSymbol(MapSymbol symbol, boolean onItsSubmap) {
+        symbols.put(symbol.getSymbolId(), symbol);
+        Submap submap = onItsSubmap ? submaps.get(symbol.getSubmapId()) : null;
         if (submap != null) submap.putSymbol(symbol);
     }
 
-    protected boolean submapInCache(int submapId) { return submaps.containsKey(submapId); }
+    protected boolean submapInCache(int submapId) {
+        return readMirror(() -> submaps.containsKey(submapId));
+    }
 
     protected boolean qxwdbObjectInCache(int objectId) {
-        return objectFieldValues.containsKey(objectId);
+        return readMirror(() -> objectFieldValues.containsKey(objectId));
     }
 
     protected boolean qxwdbObjectFieldValuesInCache(int objectId) {
-        return objectFieldValues.containsKey(objectId);
+        return readMirror(() -> objectFieldValues.containsKey(objectId));
     }
 
     protected void setQxwdbObjectFieldValues(int objectId, Properties fieldValues) {
-        objectFieldValues.put(objectId, fieldValues);
+        applyToMirror(() -> {
+            objectFieldValues.put(objectId, fieldValues);
+            lastReportFieldValues.add(objectId);
+        });
     }
 
     /** The row shown for a symbol: its label, type and status; null for an unknown symbol. */
     protected String getSymbolRowData(int symbolId, int objectId, int propertySetIndex) {
-        MapSymbol symbol = symbols.get(symbolId);
+        MapSymbol symbol = getSymbol(symbolId);
         if (symbol == null) return null;
         return symbol.getLabel() + "\t" + symbol.getSymbolType() + "\t" + symbol.getStatus();
     }
@@ -128,70 +188,186 @@ public class QxwEventDispatcher {
     protected int[] getInterfaceAndNodeVisibilityStateObjectIds() { return requestIds; }
     protected int[] getDeleteSymbolsObjectIds() { return requestIds; }
 
-    // Map changes.
+    // Map changes: each is applied to the mirror, then the listeners hear of it.
 
-    protected void beginMapSync() {}
+    /**
+     * A batch of changes begins: readers of the mirror wait until it has ended. Overrides of this
+     * method and of endMapSync must call the method they override.
+     */
+    protected void beginMapSync() {
+        mirrorLock.writeLock().lock();
+    }
 
-    protected void endMapSync() {}
+    /** The batch of changes has ended: readers of the mirror go on. */
+    protected void endMapSync() {
+        if (mirrorLock.isWriteLockedByCurrentThread()) mirrorLock.writeLock().unlock();
+    }
 
     protected void synchronizeLayoutAppearance(int submapId) {}
 
     protected void symbolHiddenCB(int symbolId, int submapId, boolean isNode) {
-        MapSymbol symbol = symbols.get(symbolId);
-        if (symbol != null) symbol.setHidden(true);
+        MapSymbol symbol = changeSymbol(symbolId, s -> s.setHidden(true));
+        if (symbol != null) tellListeners(l -> l.symbolHidden(symbol));
     }
 
     protected void symbolUnhiddenCB(int symbolId, int submapId, boolean isNode) {
-        MapSymbol symbol = symbols.get(symbolId);
-        if (symbol != null) symbol.setHidden(false);
+        MapSymbol symbol = changeSymbol(symbolId, s -> s.setHidden(false));
+        if (symbol != null) tellListeners(l -> l.symbolUnhidden(symbol));
     }
 
     protected void symbolStatusChangeCB(int symbolId, int submapId, int status, boolean isNode) {
-        MapSymbol symbol = symbols.get(symbolId);
-        if (symbol != null) symbol.setStatus(status);
+        int[] previous = new int[1];
+        MapSymbol symbol = changeSymbol(symbolId, s -> {
+            previous[0] = s.getStatus();
+            s.setStatus(status);
+        });
+        if (symbol != null) tellListeners(l -> l.symbolStatusChanged(symbol, previous[0]));
     }
 
-    /** The symbol was kept when addNodeSymbol or addConnectionSymbol made it. */
-    protected void symbolCreatedCB(MapSymbol symbol, int submapId) {}
+    /** The symbol joined the mirror when addNodeSymbol or addConnectionSymbol made it. */
+    protected void symbolCreatedCB(MapSymbol symbol, int submapId) {
+        if (symbol != null) tellListeners(l -> l.symbolCreated(symbol));
+    }
 
     protected void symbolDeletedCB(int symbolId, int submapId, boolean isNode) {
-        symbols.remove(symbolId);
-        Submap submap = submaps.get(submapId);
-        if (submap != null) submap.removeSymbol(symbolId);
+        MapSymbol[] removed = new MapSymbol[1];
+        applyToMirror(() -> {
+            removed[0] = symbols.remove(symbolId);
+            Submap submap = submaps.get(submapId);
+            if (submap != null) submap.removeSymbol(symbolId);
+        });
+        if (removed[0] != null) tellListeners(l -> l.symbolDeleted(removed[0]));
     }
 
+    /**
+     * Keeps the position as a submap report gives it: coordinates for placement 1, the
+     * predecessor for placement 2, neither for any other placement. Listeners hear only of a
+     * position that changed (a position refresh reports every node symbol of a submap).
+     */
     protected void symbolMovedCB(int symbolId, int submapId, int placement, int x, int y,
             int predSymbolId, boolean fromMoveEvent, boolean moreToFollow, boolean fromRefresh) {
-        if (symbols.get(symbolId) instanceof MapNodeSymbol node) {
-            node.moveTo(placement, x, y, predSymbolId);
+        boolean coordinates = placement == MapNodeSymbol.PLACED_AT_COORDINATES;
+        boolean after = placement == MapNodeSymbol.PLACED_AFTER_PREDECESSOR;
+        boolean[] moved = new boolean[1];
+        MapSymbol symbol = changeSymbol(symbolId, s -> {
+            if (s instanceof MapNodeSymbol node) {
+                moved[0] = node.moveTo(placement, coordinates ? x : 0, coordinates ? y : 0,
+                        after ? predSymbolId : 0);
+            }
+        });
+        if (moved[0]) tellListeners(l -> l.symbolMoved((MapNodeSymbol) symbol));
+    }
+
+    protected void symbolNormalizeChangeCB(int symbolId, int submapId, boolean isNormalized) {
+        MapSymbol symbol = changeSymbol(symbolId, s -> {
+            if (s instanceof MapNodeSymbol node) node.setNormalized(isNormalized);
+        });
+        if (symbol instanceof MapNodeSymbol node) {
+            tellListeners(l -> l.symbolNormalizeChanged(node));
         }
     }
 
-    protected void symbolNormalizeChangeCB(int symbolId, int submapId, boolean isNormalized) {}
-
-    protected void submapCreatedCB(int submapId, int parentObjectId) {}
+    protected void submapCreatedCB(int submapId, int parentObjectId) {
+        applyToMirror(() -> setChildSubmap(parentObjectId, 0, submapId));
+        tellListeners(l -> l.submapCreated(submapId, parentObjectId));
+    }
 
     protected void submapDeletedCB(int submapId, int parentObjectId) {
-        submaps.remove(submapId);
-        symbols.values().removeIf(symbol -> symbol.getSubmapId() == submapId);
+        applyToMirror(() -> {
+            Submap submap = submaps.remove(submapId);
+            if (submap != null) {
+                for (MapSymbol symbol : submap.getSymbols()) {
+                    symbols.remove(symbol.getSymbolId(), symbol);
+                }
+            }
+            setChildSubmap(parentObjectId, submapId, 0);
+        });
+        tellListeners(l -> l.submapDeleted(submapId, parentObjectId));
+    }
+
+    /** The symbols of the object that open into submap `from` open into `to` now. */
+    private void setChildSubmap(int objectId, int from, int to) {
+        for (MapSymbol symbol : symbols.values()) {
+            if (symbol.getObjectId() == objectId && symbol.getChildSubmapId() == from) {
+                symbol.setChildSubmapId(to);
+            }
+        }
     }
 
     protected void submapAutoLayoutChangeCB(int submapId, int parentObjectId, boolean layoutOn) {
-        Submap submap = submaps.get(submapId);
-        if (submap != null) submap.setAutoLayout(layoutOn);
+        applyToMirror(() -> {
+            Submap submap = submaps.get(submapId);
+            if (submap != null) submap.setAutoLayout(layoutOn);
+        });
+        tellListeners(l -> l.submapAutoLayoutChanged(submapId, layoutOn));
     }
 
     // The session.
 
-    protected void mapOpenCB(String mapName, boolean isReadOnly, int rootSubmapId) {}
-
-    protected void mapCloseCB(String mapName, int rootSubmapId) {
-        submaps.clear();
-        symbols.clear();
-        objectFieldValues.clear();
+    /**
+     * The root submap and its symbols have just been reported: the mirror keeps them and the field
+     * values that came with them, and forgets everything of the map before.
+     */
+    protected void mapOpenCB(String mapName, boolean isReadOnly, int rootSubmapId) {
+        applyToMirror(() -> {
+            Submap root = lastReportedSubmap != null
+                    && lastReportedSubmap.getSubmapId() == rootSubmapId ? lastReportedSubmap : null;
+            submaps.clear();
+            symbols.clear();
+            objectFieldValues.keySet().retainAll(lastReportFieldValues);
+            if (root != null) {
+                submaps.put(rootSubmapId, root);
+                for (MapSymbol symbol : root.getSymbols()) {
+                    symbols.put(symbol.getSymbolId(), symbol);
+                }
+            }
+        });
+        tellListeners(l -> l.mapOpened(mapName, isReadOnly, rootSubmapId));
     }
 
-    protected void endSessionCB() {}
+    protected void mapCloseCB(String mapName, int rootSubmapId) {
+        applyToMirror(() -> {
+            submaps.clear();
+            symbols.clear();
+            objectFieldValues.clear();
+            lastReportedSubmap = null;
+        });
+        tellListeners(l -> l.mapClosed(mapName));
+    }
+
+    protected void endSessionCB() {
+        tellListeners(MapListener::sessionEnded);
+    }
+
+    private void applyToMirror(Runnable change) {
+        Lock lock = mirrorLock.writeLock();
+        lock.lock();
+        try {
+            change.run();
+        } finally {
+            lock.unlock();
+        }
+    }
+
+    /** Applies the change to the symbol when the mirror holds it; the symbol, or null. */
+    private MapSymbol changeSymbol(int symbolId, Consumer<MapSymbol> change) {
+        MapSymbol[] symbol = new MapSymbol[1];
+        applyToMirror(() -> {
+            symbol[0] = symbols.get(symbolId);
+            if (symbol[0] != null) change.accept(symbol[0]);
+        });
+        return symbol[0];
+    }
+
+    private void tellListeners(Consumer<MapListener> event) {
+        for (MapListener listener : listeners) {
+            try {
+                event.accept(listener);
+            } catch (RuntimeException e) {
+                e.printStackTrace();
+            }
+        }
+    }
 
     // Location scoping.
 

@@ -83,8 +83,10 @@ class InterfaceVisibilityTest extends OneSessionTest {
         client.open(false, true, false);
         String stderr;
         try {
-            stderr = TestNative.captureStderr(
-                    () -> client.setInterfaceAndNodeVisibilityState(new int[] {31, 32}, true));
+            stderr = TestNative.captureStderr(() -> {
+                client.setInterfaceAndNodeVisibilityState(new int[] {31, 32}, true);
+                control.ok("sync");
+            });
         } finally {
             client.open(false, false, false);
         }
@@ -98,7 +100,9 @@ class InterfaceVisibilityTest extends OneSessionTest {
                 + " numInterfaceObjects=2 doSetHidden=1\n"
                 + String.format(associated, 31, 120) + String.format(associated, 32, 121)
                 + "QxwEventDispatcher::DoSetNetworkSubmapNodeSymbolHidden\n nodeObjectId:30"
-                + " networkObjectId:10 doSetHidden:1\n returning 1\n", stderr);
+                + " networkObjectId:10 doSetHidden:1\n returning 1\n"
+                // The platform reports the change like any other.
+                + "SymbolsHiddenCB\n", stderr);
         assertEquals(ids(120, 121, 110, 103), hiddenSymbols());
     }
 }

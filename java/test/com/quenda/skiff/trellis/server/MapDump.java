@@ -6,9 +6,13 @@ import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
 
-/** The emulator's {@code dump} of the current map: its objects and symbols by id, in map order. */
+/**
+ * The emulator's {@code dump} of the current map: its objects, submaps and symbols by id, in map
+ * order.
+ */
 final class MapDump {
     final Map<Long, Map<String, Object>> objects = new LinkedHashMap<>();
+    final Map<Long, Map<String, Object>> submaps = new LinkedHashMap<>();
     final Map<Long, Map<String, Object>> symbols = new LinkedHashMap<>();
 
     @SuppressWarnings("unchecked")
@@ -17,6 +21,9 @@ final class MapDump {
                 .value()).get("map");
         for (Object o : (List<Object>) map.get("objects")) {
             objects.put(id(o), (Map<String, Object>) o);
+        }
+        for (Object s : (List<Object>) map.get("submaps")) {
+            submaps.put(id(s), (Map<String, Object>) s);
         }
         for (Object s : (List<Object>) map.get("symbols")) {
             symbols.put(id(s), (Map<String, Object>) s);

@@ -3,14 +3,17 @@ package com.quenda.skiff.trellis.server;
 import java.util.ArrayList;
 import java.util.Arrays;
 import java.util.List;
+import java.util.Map;
 import java.util.Properties;
+import java.util.concurrent.ConcurrentHashMap;
 import java.util.stream.Collectors;
 import java.util.stream.Stream;
 
 /**
  * A dispatcher that records every callback, in order, as "name(arg, arg, ...)", into a log that
- * the tests (and RecordingInterface) can also write to. Its row data is "row SYMBOL OBJECT INDEX",
- * or null for a negative property set index; it throws instead while {@link #failRowData} is set.
+ * the tests (and RecordingInterface) can also write to, and then keeps its mirror as the
+ * reference dispatcher does. Its row data is "row SYMBOL OBJECT INDEX", or null for a negative
+ * property set index; it throws instead while {@link #failRowData} is set.
  */
 class RecordingDispatcher extends QxwEventDispatcher {
     /** Texts given to printError, in order (the static printError of this class). */
@@ -22,6 +25,11 @@ class RecordingDispatcher extends QxwEventDispatcher {
     volatile Runnable rowDataTask;
     /** While set, the id callbacks of the map state requests return null. */
     volatile boolean returnNoIds;
+    /**
+     * Run right after a callback of that name is recorded, on the thread that made the call; a
+     * hook that throws makes the callback throw.
+     */
+    final Map<String, Runnable> hooks = new ConcurrentHashMap<>();
 
     void record(String name, Object... args) {
         String text = name + Stream.of(args).map(RecordingDispatcher::show)
@@ -29,6 +37,8 @@ class RecordingDispatcher extends QxwEventDispatcher {
         synchronized (log) {
             log.add(text);
         }
+        Runnable hook = hooks.get(name);
+        if (hook != null) hook.run();
     }
 
     List<String> log() {
@@ -174,11 +184,13 @@ class RecordingDispatcher extends QxwEventDispatcher {
     @Override
     protected void beginMapSync() {
         record("beginMapSync");
+        super.beginMapSync();
     }
 
     @Override
     protected void endMapSync() {
         record("endMapSync");
+        super.endMapSync();
     }
 
     @Override
@@ -207,6 +219,7 @@ class RecordingDispatcher extends QxwEventDispatcher {
     @Override
     protected void symbolCreatedCB(MapSymbol symbol, int submapId) {
         record("symbolCreatedCB", symbol, submapId);
+        super.symbolCreatedCB(symbol, submapId);
     }
 
     @Override
@@ -227,11 +240,13 @@ class RecordingDispatcher extends QxwEventDispatcher {
     @Override
     protected void symbolNormalizeChangeCB(int symbolId, int submapId, boolean isNormalized) {
         record("symbolNormalizeChangeCB", symbolId, submapId, isNormalized);
+        super.symbolNormalizeChangeCB(symbolId, submapId, isNormalized);
     }
 
     @Override
     protected void submapCreatedCB(int submapId, int parentObjectId) {
         record("submapCreatedCB", submapId, parentObjectId);
+        super.submapCreatedCB(submapId, parentObjectId);
     }
 
     @Override
@@ -249,6 +264,7 @@ class RecordingDispatcher extends QxwEventDispatcher {
     @Override
     protected void mapOpenCB(String mapName, boolean isReadOnly, int rootSubmapId) {
         record("mapOpenCB", mapName, isReadOnly, rootSubmapId);
+        super.mapOpenCB(mapName, isReadOnly, rootSubmapId);
     }
 
     @Override
@@ -260,6 +276,7 @@ class RecordingDispatcher extends QxwEventDispatcher {
     @Override
     protected void endSessionCB() {
         record("endSessionCB");
+        super.endSessionCB();
     }
 
     @Override

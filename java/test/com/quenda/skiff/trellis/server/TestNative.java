@@ -69,6 +69,15 @@ final class TestNative {
      */
     static native int[] rootSubmapIds(int numRootObjects);
 
+    /**
+     * Applies one emulator control command in-process and returns its reply: at once before the
+     * session opens or on the dispatcher thread (inside a callback), else through the event loop.
+     */
+    static native String emulator(String command);
+
+    /** The scoping cache's child submap of the object with that selection name (0: none). */
+    static native int childSubmapId(String selectionName);
+
     /** Lowers the process's descriptor limit so that no new descriptor can be made. */
     static native boolean limitDescriptors();
 

@@ -22,9 +22,23 @@ final class TestSession {
     final RecordingInterface client = new RecordingInterface(dispatcher);
     private final CompletableFuture<Boolean> connected = new CompletableFuture<>();
     private final Thread thread = new Thread(this::run, "dispatcher");
+    private final OneSessionTest.Connect flags;
+
+    /** A session that connects with the flags given (all false for null). */
+    TestSession(OneSessionTest.Connect flags) {
+        this.flags = flags;
+    }
+
+    TestSession() {
+        this(null);
+    }
 
     private void run() {
-        boolean usable = dispatcher.connect(false, false, false, false);
+        boolean usable = flags == null ? dispatcher.connect(false, false, false, false)
+                : dispatcher.connect(flags.invokeJavaCallbacksForScopingUpdates(),
+                        flags.setLocationIDFieldInCallbacks(),
+                        flags.syncLocationIDFieldInSubLocations(),
+                        flags.syncLocationIDFieldInNetworks());
         dispatcher.record("connect returned", usable);
         connected.complete(usable);
         if (!usable) return;
@@ -76,10 +90,20 @@ final class TestSession {
 
     /** Starts a session on a map and connects its client. */
     static TestSession started() throws Exception {
-        TestSession session = new TestSession();
+        return started(null);
+    }
+
+    /** The same, the dispatcher connecting with the flags given. */
+    static TestSession started(OneSessionTest.Connect flags) throws Exception {
+        TestSession session = new TestSession(flags);
         assertTrue(session.start(false, false, false).connectionEstablished());
         assertTrue(session.connectClient());
         return session;
+    }
+
+    /** True once listenForEvents has returned. */
+    boolean ended() {
+        return thread.getState() == Thread.State.TERMINATED;
     }
 
     /** Ends the platform session and checks that listenForEvents returned. */

@@ -1,0 +1,293 @@
+// Map events: the platform's handlers for changes to symbols and submaps,
+// which keep the Java side's loaded submaps current, and their registration.
+//
+// Everything here runs on the dispatcher thread inside the platform's event
+// loop, so a bracket never interleaves with a submap report or another event.
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+#include "bridge/tracescope.h"
+#include "dispatcher/main.h"
+#include "dispatcher/submapcontents.h"
+#include "tables/idsets.h"
+#include "tables/keyedtable.h"
+#include "tables/scopingcache.h"
+
+using skiff::jni::CallBoolean;
+using skiff::jni::CallVoid;
+
+namespace {
+
+using Dispatcher = QxwEventDispatcher;
+
+jint Id(uint32_t id) { return static_cast<jint>(id); }
+
+jboolean IsNode(const QXwSymbolInfo& symbol) {
+  return symbol.symbol_variety == QXW_SYMBOL_ICON ? JNI_TRUE : JNI_FALSE;
+}
+
+void Verbose(const char* line) {
+  if (Dispatcher::m_doUseVerboseMode) std::fputs(line, stderr);
+}
+
+// beginMapSync when made, endMapSync when it goes: once opened, a bracket
+// closes on every path, also after a Java callback threw (the helper layer
+// has cleared the exception by then).
+class MapSyncBracket {
+ public:
+  explicit MapSyncBracket(JNIEnv* pEnv) : env_(pEnv) {
+    CallVoid(env_, Dispatcher::m_object, Dispatcher::m_beginMapSync);
+  }
+  ~MapSyncBracket() { CallVoid(env_, Dispatcher::m_object, Dispatcher::m_endMapSync); }
+
+  MapSyncBracket(const MapSyncBracket&) = delete;
+  MapSyncBracket& operator=(const MapSyncBracket&) = delete;
+
+ private:
+  JNIEnv* env_;
+};
+
+bool SubmapInCache(JNIEnv* pEnv, QXwSubmapId submapId) {
+  return CallBoolean(pEnv, Dispatcher::m_object, Dispatcher::m_submapInCache, Id(submapId));
+}
+
+// A submap whose layout has changed: its node positions again, then
+// synchronizeLayoutAppearance.
+void RefreshSubmap(JNIEnv* pEnv, QXwSubmapId submapId) {
+  Dispatcher::RefreshSubmapSymbolPositions(pEnv, submapId);
+  CallVoid(pEnv, Dispatcher::m_object, Dispatcher::m_synchronizeLayoutAppearance, Id(submapId));
+}
+
+// One symbolMovedCB. x and y are the position's coordinates as they stand
+// (for placement 2 the first of them overlays the predecessor).
+void ReportPosition(JNIEnv* pEnv, const QXwSymbolInfo& symbol, bool fromMoveEvent,
+                    bool moreToFollow, bool fromRefresh) {
+  const QXwSymbolPosition& position = symbol.var_un.position;
+  const QXwSymbolId predSymbolId =
+      position.placement == QXW_PLACEMENT_AFTER ? position.un.pred_symbol : 0;
+  CallVoid(pEnv, Dispatcher::m_object, Dispatcher::m_symbolMovedCB, Id(symbol.symbol_id),
+           Id(symbol.submap_id), static_cast<jint>(position.placement),
+           static_cast<jint>(position.un.coords.x), static_cast<jint>(position.un.coords.y),
+           Id(predSymbolId), static_cast<jboolean>(fromMoveEvent),
+           static_cast<jboolean>(moreToFollow), static_cast<jboolean>(fromRefresh));
+}
+
+// The batch events of symbols: inside one bracket, visit(symbol, touched)
+// for each symbol of the list in order (none when there is no list), then
+// every submap the visits added to `touched` is refreshed, in the set's
+// order.
+template <class Visit>
+void ReportSymbolBatch(JNIEnv* pEnv, const QXwSymbolList* pSymbols, Visit visit) {
+  MapSyncBracket bracket(pEnv);
+  SubmapHashtable touched;
+  for (int i = 0; pSymbols != nullptr && i < pSymbols->count; ++i) {
+    visit(pSymbols->symbols[i], touched);
+  }
+  skiff::ForEachEntry(touched, [pEnv](_HashItem& item) {
+    RefreshSubmap(pEnv, static_cast<QXwSubmapId>(item.key()));
+  });
+}
+
+// Hidden or unhidden symbols of loaded submaps: the callback, then the
+// submap is touched.
+void ReportVisibilityChange(const QXwSymbolList* pSymbols, const skiff::jni::JavaMethod& callback) {
+  JNIEnv* pEnv = skiff::jni::AttachedEnv(Dispatcher::m_pJVM);
+  ReportSymbolBatch(pEnv, pSymbols,
+                    [pEnv, &callback](const QXwSymbolInfo& symbol, SubmapHashtable& touched) {
+                      if (!SubmapInCache(pEnv, symbol.submap_id)) return;
+                      CallVoid(pEnv, Dispatcher::m_object, callback, Id(symbol.symbol_id),
+                               Id(symbol.submap_id), IsNode(symbol));
+                      touched.AddIfNeeded(symbol.submap_id);
+                    });
+}
+
+// A handler as a registration takes it. HandlerType is the handler type of
+// the event registered for: a handler of another type does not compile.
+template <class HandlerType>
+QXwCallbackProc Proc(HandlerType handler) {
+  return reinterpret_cast<QXwCallbackProc>(handler);
+}
+
+}  // namespace
+
+bool QxwEventDispatcher::AddQXwCallbacks() {
+  SKIFF_TRACE("QxwEventDispatcher::AddQXwCallbacks");
+  // Objects whose "isInterface" is TRUE. The platform keeps pointers to the
+  // filter for as long as the handlers are registered: the rest of the
+  // process.
+  static QXwFieldValue s_isInterfaceValue;
+  static QXwFieldBinding s_isInterfaceBinding;
+  static QXwFieldBindList s_interfaceFilter;
+  s_isInterfaceValue.is_list = 0;
+  s_isInterfaceValue.field_type = QXW_FIELD_BOOLEAN;
+  s_isInterfaceValue.un.bool_val = 1;
+  s_isInterfaceBinding.field_id = s_isInterfaceFieldId;
+  s_isInterfaceBinding.field_val = &s_isInterfaceValue;
+  s_interfaceFilter.count = 1;
+  s_interfaceFilter.fields = &s_isInterfaceBinding;
+
+  struct Registration {
+    int eventType;
+    QXwFieldBindList* filter;
+    QXwCallbackProc handler;
+  };
+  const Registration registrations[] = {
+      {QXW_EVENT_END_SESSION, nullptr, Proc<QXwEndSessionProc>(EndSessionCB)},
+      {QXW_EVENT_SYMBOLS_HIDDEN, nullptr, Proc<QXwSymbolListProc>(SymbolsHiddenCB)},
+      {QXW_EVENT_SYMBOLS_UNHIDDEN, nullptr, Proc<QXwSymbolListProc>(SymbolsUnhiddenCB)},
+      {QXW_EVENT_SYMBOLS_STATUS, nullptr, Proc<QXwSymbolListProc>(SymbolsStatusChangeCB)},
+      {QXW_EVENT_SYMBOLS_CREATED, nullptr, Proc<QXwSymbolListProc>(SymbolsCreatedCB)},
+      {QXW_EVENT_SYMBOL_MOVED, nullptr, Proc<QXwSymbolProc>(SymbolMovedCB)},
+      {QXW_EVENT_SYMBOLS_DELETED, nullptr, Proc<QXwSymbolListProc>(SymbolsDeletedCB)},
+      {QXW_EVENT_SYMBOL_NORMALIZE, nullptr, Proc<QXwSymbolNormalizeProc>(SymbolNormalizeChangeCB)},
+      {QXW_EVENT_SUBMAPS_CREATED, nullptr, Proc<QXwSubmapListProc>(SubmapsCreatedCB)},
+      {QXW_EVENT_SUBMAPS_DELETED, nullptr, Proc<QXwSubmapListProc>(SubmapsDeletedCB)},
+      {QXW_EVENT_SUBMAP_AUTOLAYOUT, nullptr, Proc<QXwSubmapProc>(SubmapAutoLayoutChangeCB)},
+      {QXW_EVENT_MAP_OPEN, nullptr, Proc<QXwMapOpenProc>(MapOpenCB)},
+      {QXW_EVENT_MAP_CLOSE, nullptr, Proc<QXwMapCloseProc>(MapCloseCB)},
+      {QXW_EVENT_OBJECTS_CREATED, &s_interfaceFilter,
+       Proc<QXwObjectListProc>(CreateInterfaceObjectsCB)},
+      {QXW_EVENT_OBJECTS_DELETED, &s_interfaceFilter,
+       Proc<QXwObjectListProc>(DeleteInterfaceObjectsCB)},
+  };
+  bool succeeded = true;
+  for (const Registration& registration : registrations) {
+    if (QXwAddCallback(registration.eventType, registration.filter, registration.handler, nullptr) <
+        0) {
+      std::fprintf(stderr, "QXwAddCallback failed: %s\n", QXwErrorMsg(QXwError()));
+      succeeded = false;
+    }
+  }
+  return succeeded;
+}
+
+void QxwEventDispatcher::SymbolsHiddenCB(void*, int, QXwMapInfo*, QXwSymbolList* pSymbols) {
+  SKIFF_TRACE("QxwEventDispatcher::SymbolsHiddenCB");
+  Verbose("SymbolsHiddenCB\n");
+  ReportVisibilityChange(pSymbols, m_symbolHiddenCB);
+}
+
+void QxwEventDispatcher::SymbolsUnhiddenCB(void*, int, QXwMapInfo*, QXwSymbolList* pSymbols) {
+  SKIFF_TRACE("QxwEventDispatcher::SymbolsUnhiddenCB");
+  Verbose("SymbolsUnhiddenCB\n");
+  ReportVisibilityChange(pSymbols, m_symbolUnhiddenCB);
+}
+
+void QxwEventDispatcher::SymbolsCreatedCB(void*, int, QXwMapInfo*, QXwSymbolList* pSymbols) {
+  SKIFF_TRACE("QxwEventDispatcher::SymbolsCreatedCB");
+  Verbose("SymbolsCreatedCB\n");
+  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  ReportSymbolBatch(pEnv, pSymbols, [pEnv](const QXwSymbolInfo& symbol, SubmapHashtable& touched) {
+    // Both steps concern every created symbol, on a loaded submap or not.
+    if (m_thisQxwSessionEnablesLocationTracking && m_doSetLocationIDFieldInCallbacks) {
+      // Setting the Location ID field of the symbol's object goes here; that
+      // field is not maintained yet.
+    }
+    if (m_thisQxwSessionEnablesLocationTracking && m_doInvokeJavaCallbacksForScopingUpdates) {
+      // Reporting a new network to location scoping goes here; location
+      // scoping is not built yet.
+    }
+    if (!SubmapInCache(pEnv, symbol.submap_id)) return;
+    skiff::jni::LocalRef<jobject> symbolObject;
+    if (symbol.symbol_variety == QXW_SYMBOL_ICON) {
+      symbolObject = AddNodeSymbol(pEnv, &symbol, 0);
+    } else if (symbol.symbol_variety == QXW_SYMBOL_CONNECTION) {
+      symbolObject = AddConnectionSymbol(pEnv, &symbol);
+    }
+    touched.AddIfNeeded(symbol.submap_id);
+    CallVoid(pEnv, m_object, m_symbolCreatedCB, symbolObject.get(), Id(symbol.submap_id));
+  });
+}
+
+void QxwEventDispatcher::SymbolsDeletedCB(void*, int, QXwMapInfo*, QXwSymbolList* pSymbols) {
+  SKIFF_TRACE("QxwEventDispatcher::SymbolsDeletedCB");
+  Verbose("SymbolsDeletedCB\n");
+  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  ReportSymbolBatch(pEnv, pSymbols, [pEnv](const QXwSymbolInfo& symbol, SubmapHashtable& touched) {
+    if (!SubmapInCache(pEnv, symbol.submap_id)) return;
+    touched.AddIfNeeded(symbol.submap_id);
+    CallVoid(pEnv, m_object, m_symbolDeletedCB, Id(symbol.symbol_id), Id(symbol.submap_id),
+             IsNode(symbol));
+  });
+}
+
+void QxwEventDispatcher::SymbolsStatusChangeCB(void*, int, QXwMapInfo*, QXwSymbolList* pSymbols) {
+  SKIFF_TRACE("QxwEventDispatcher::SymbolsStatusChangeCB");
+  Verbose("SymbolsStatusChangeCB\n");
+  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  for (int i = 0; pSymbols != nullptr && i < pSymbols->count; ++i) {
+    const QXwSymbolInfo& symbol = pSymbols->symbols[i];
+    CallVoid(pEnv, m_object, m_symbolStatusChangeCB, Id(symbol.symbol_id), Id(symbol.submap_id),
+             static_cast<jint>(symbol.symbol_status), IsNode(symbol));
+  }
+}
+
+void QxwEventDispatcher::SymbolMovedCB(void*, int, QXwMapInfo*, QXwSymbolInfo* pSymbol) {
+  SKIFF_TRACE("QxwEventDispatcher::SymbolMovedCB");
+  Verbose("SymbolMovedCB\n");
+  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  MapSyncBracket bracket(pEnv);
+  if (pSymbol == nullptr || pSymbol->symbol_variety != QXW_SYMBOL_ICON) return;
+  const int placement = pSymbol->var_un.position.placement;
+  if (placement != QXW_PLACEMENT_COORDS && placement != QXW_PLACEMENT_AFTER) return;
+  ReportPosition(pEnv, *pSymbol, /*fromMoveEvent=*/true, /*moreToFollow=*/false,
+                 /*fromRefresh=*/false);
+  RefreshSubmap(pEnv, pSymbol->submap_id);
+}
+
+void QxwEventDispatcher::SymbolNormalizeChangeCB(void*, int, QXwMapInfo*, QXwSymbolInfo* pSymbol,
+                                                 QXwBoolean isNormalized) {
+  SKIFF_TRACE("QxwEventDispatcher::SymbolNormalizeChangeCB");
+  Verbose("SymbolNormalizeChangeCB\n");
+  if (pSymbol == nullptr || pSymbol->symbol_variety != QXW_SYMBOL_ICON) return;
+  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  CallVoid(pEnv, m_object, m_symbolNormalizeChangeCB, Id(pSymbol->symbol_id),
+           Id(pSymbol->submap_id), static_cast<jboolean>(isNormalized != 0));
+}
+
+void QxwEventDispatcher::SubmapsCreatedCB(void*, int, QXwMapInfo*, QXwSubmapList* pSubmaps) {
+  SKIFF_TRACE("QxwEventDispatcher::SubmapsCreatedCB");
+  Verbose("SubmapsCreatedCB\n");
+  if (pSubmaps == nullptr) return;
+  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  for (int i = 0; i < pSubmaps->count; ++i) {
+    const QXwSubmapInfo& submap = pSubmaps->submaps[i];
+    CallVoid(pEnv, m_object, m_submapCreatedCB, Id(submap.submap_id), Id(submap.parent_object_id));
+  }
+}
+
+void QxwEventDispatcher::SubmapsDeletedCB(void*, int, QXwMapInfo*, QXwSubmapList* pSubmaps) {
+  SKIFF_TRACE("QxwEventDispatcher::SubmapsDeletedCB");
+  Verbose("SubmapsDeletedCB\n");
+  if (pSubmaps == nullptr) return;
+  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  for (int i = 0; i < pSubmaps->count; ++i) {
+    QXwSubmapInfo& submap = pSubmaps->submaps[i];
+    ScopingCache::SubmapHasBeenDeleted(&submap);
+    CallVoid(pEnv, m_object, m_submapDeletedCB, Id(submap.submap_id), Id(submap.parent_object_id));
+  }
+}
+
+void QxwEventDispatcher::SubmapAutoLayoutChangeCB(void*, int, QXwMapInfo*, QXwSubmapInfo* pSubmap) {
+  SKIFF_TRACE("QxwEventDispatcher::SubmapAutoLayoutChangeCB");
+  Verbose("SubmapAutoLayoutChangeCB\n");
+  if (pSubmap == nullptr) return;
+  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  const bool layoutOn = pSubmap->layout_on != 0;
+  std::optional<MapSyncBracket> bracket;
+  if (layoutOn) bracket.emplace(pEnv);
+  CallVoid(pEnv, m_object, m_submapAutoLayoutChangeCB, Id(pSubmap->submap_id),
+           Id(pSubmap->parent_object_id), static_cast<jboolean>(layoutOn));
+  if (layoutOn) RefreshSubmap(pEnv, pSubmap->submap_id);
+}
+
+void QxwEventDispatcher::RefreshSubmapSymbolPositions(JNIEnv* pEnv, QXwSubmapId submapId) {
+  SKIFF_TRACE("QxwEventDispatcher::RefreshSubmapSymbolPositions");
+  std::unique_ptr<QXwSymbolList, decltype(&QXwFreeSymbolList)> pSymbols(
+      QXwListSymbols(m_pMap, submapId, QXW_PLANE_ALL, nullptr), &QXwFreeSymbolList);
+  skiff::ForEachNodePosition(
+      pSymbols.get(), [pEnv](const QXwSymbolInfo& symbol, bool moreToFollow) {
+        ReportPosition(pEnv, symbol, /*fromMoveEvent=*/false, moreToFollow, /*fromRefresh=*/true);
+      });
+}

@@ -1,0 +1,151 @@
+// Map session events: the end of the session, a map opened or closed, and the
+// interface objects that location scoping follows.
+#include <cstdio>
+#include <vector>
+
+#include "bridge/text.h"
+#include "bridge/tracescope.h"
+#include "dispatcher/fieldinfocache.h"
+#include "dispatcher/main.h"
+#include "tables/scopingcache.h"
+
+using skiff::jni::CallVoid;
+using skiff::jni::LocalRef;
+
+namespace {
+
+using Dispatcher = QxwEventDispatcher;
+
+void Verbose(const char* line) {
+  if (Dispatcher::m_doUseVerboseMode) std::fputs(line, stderr);
+}
+
+// Replaces the session's map information with a fresh copy from the
+// platform: none while no map is open.
+void RefreshMapInfo() {
+  if (Dispatcher::m_pMap != nullptr) QXwFreeMapInfo(Dispatcher::m_pMap);
+  Dispatcher::SetMap(QXwGetMapInfo());
+}
+
+// The object ids of an event's list, in order; none without a list.
+std::vector<QXwObjectId> ObjectIds(const QXwObjectList* pObjects) {
+  std::vector<QXwObjectId> ids;
+  for (int i = 0; pObjects != nullptr && i < pObjects->count; ++i) {
+    ids.push_back(pObjects->objects[i].object_id);
+  }
+  return ids;
+}
+
+// A Java int[] of the ids, which Java sees as signed.
+LocalRef<jintArray> JavaIds(JNIEnv* pEnv, const std::vector<QXwObjectId>& ids) {
+  return skiff::jni::NewIntArray(pEnv, reinterpret_cast<const jint*>(ids.data()),
+                                 static_cast<jsize>(ids.size()));
+}
+
+}  // namespace
+
+void QxwEventDispatcher::EndSessionCB(void*, int, QXwBoolean) {
+  SKIFF_TRACE("QxwEventDispatcher::EndSessionCB");
+  Verbose("EndSessionCB\n");
+  // A normal and an abnormal end alike. The platform session goes first, so
+  // Java hears of an end that has happened.
+  QXwDone();
+  CallVoid(skiff::jni::AttachedEnv(m_pJVM), m_object, m_endSessionCB);
+  CloseFieldInfoCache();
+  ScopingCache::CloseScopeCache();
+}
+
+void QxwEventDispatcher::MapOpenCB(void*, int, QXwMapInfo* pMap, QXwFieldBindList*) {
+  SKIFF_TRACE("QxwEventDispatcher::MapOpenCB");
+  Verbose("MapOpenCB\n");
+  if (pMap == nullptr) return;
+  RefreshMapInfo();
+  m_thisQxwSessionEnablesLocationTracking =
+      ShouldEnableLocationTracking(m_pMap, m_mapNameForLocationTracking);
+  SynchronizeLocationTrackingIfNeeded();
+  // Java has the root submap's contents before it hears that the map is open.
+  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  GetSubmapAndSymbols(pMap->root_submap_id);
+  LocalRef<jstring> mapName(pEnv, mb2jstring(pEnv, pMap->map_name));
+  CallVoid(pEnv, m_object, m_mapOpenCB, mapName.get(),
+           static_cast<jboolean>(pMap->permissions == QXW_MAP_READ_ONLY),
+           static_cast<jint>(pMap->root_submap_id));
+}
+
+void QxwEventDispatcher::MapCloseCB(void*, int, QXwMapInfo* pMap, time_t) {
+  SKIFF_TRACE("QxwEventDispatcher::MapCloseCB");
+  Verbose("MapCloseCB\n");
+  if (pMap != nullptr) {
+    JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+    LocalRef<jstring> mapName(pEnv, mb2jstring(pEnv, pMap->map_name));
+    CallVoid(pEnv, m_object, m_mapCloseCB, mapName.get(), static_cast<jint>(pMap->root_submap_id));
+  }
+  RefreshMapInfo();
+  // Last: the platform may close the map once it is acknowledged.
+  QXwAckMapClose(pMap, 0);
+}
+
+void QxwEventDispatcher::SynchronizeLocationTrackingIfNeeded() {
+  SKIFF_TRACE("QxwEventDispatcher::SynchronizeLocationTrackingIfNeeded");
+  if (!m_thisQxwSessionEnablesLocationTracking) return;
+  if (m_doSyncLocationIDFieldInSubLocations) {
+    // The sub-locations' Location ID fields are synchronized here, before
+    // the networks'; that field is not maintained yet.
+  }
+  if (m_doSyncLocationIDFieldInNetworks) {
+    // The networks' Location ID fields are synchronized here.
+  }
+}
+
+skiff::ObjectFieldListPtr QxwEventDispatcher::GetTopMNodeIdFieldValueList(
+    const QXwObjectList* pObjectList) {
+  SKIFF_TRACE("QxwEventDispatcher::GetTopMNodeIdFieldValueList");
+  std::vector<QXwObjectId> objectIds = ObjectIds(pObjectList);
+  QXwObjectIdList idList{static_cast<int>(objectIds.size()), objectIds.data()};
+  return skiff::ObjectFieldListPtr(QXwDbGetFieldValuesByObjects(&idList, s_TopMNodeIdFieldId),
+                                   &QXwDbFreeObjectFieldList);
+}
+
+void QxwEventDispatcher::CreateInterfaceObjectsCB(void*, int, QXwMapInfo*,
+                                                  QXwObjectList* pObjects) {
+  SKIFF_TRACE("QxwEventDispatcher::CreateInterfaceObjectsCB");
+  Verbose("QxwEventDispatcher::CreateInterfaceObjectsCB\n");
+  // Whether locations are tracked does not matter here.
+  if (!m_doInvokeJavaCallbacksForScopingUpdates) return;
+  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  skiff::ObjectFieldListPtr nodeIds = GetTopMNodeIdFieldValueList(pObjects);
+  if (nodeIds == nullptr) return;
+  const int asked = pObjects != nullptr ? pObjects->count : 0;
+  if (nodeIds->count != asked) {
+    std::fprintf(stderr,
+                 "QxwEventDispatcher::CreateInterfaceObjectsCB problem encountered with "
+                 "GetTopMNodeIdFieldValueList .. asked for %d objects but got %d back\n",
+                 asked, nodeIds->count);
+  }
+  // The interfaces that belong to a node, and those nodes, slot by slot;
+  // an interface without a node leaves no gap.
+  std::vector<QXwObjectId> interfaces;
+  std::vector<QXwObjectId> nodes;
+  for (int i = 0; i < nodeIds->count; ++i) {
+    const QXwObjectField& entry = nodeIds->objects[i];
+    if (entry.field_value == nullptr) continue;
+    interfaces.push_back(entry.object_id);
+    nodes.push_back(static_cast<QXwObjectId>(entry.field_value->un.int_val));
+  }
+  if (interfaces.empty()) return;
+  LocalRef<jintArray> interfaceArray = JavaIds(pEnv, interfaces);
+  LocalRef<jintArray> nodeArray = JavaIds(pEnv, nodes);
+  if (!interfaceArray || !nodeArray) return;
+  CallVoid(pEnv, m_object, m_scopingInterfacesCreatedCB, interfaceArray.get(), nodeArray.get());
+}
+
+void QxwEventDispatcher::DeleteInterfaceObjectsCB(void*, int, QXwMapInfo*,
+                                                  QXwObjectList* pObjects) {
+  SKIFF_TRACE("QxwEventDispatcher::DeleteInterfaceObjectsCB");
+  Verbose("QxwEventDispatcher::DeleteInterfaceObjectsCB\n");
+  if (!m_doInvokeJavaCallbacksForScopingUpdates) return;
+  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  LocalRef<jintArray> interfaceArray = JavaIds(pEnv, ObjectIds(pObjects));
+  if (!interfaceArray) return;
+  CallVoid(pEnv, m_object, m_scopingInterfacesDeletedCB, interfaceArray.get());
+}
