@@ -100,6 +100,16 @@ int Exchange(const char* operation, const Message& request, size_t length) {
   return answer;
 }
 
+// A request whose arguments are numbers: formatted, sent and answered under
+// the request lock. The answer's number.
+int RequestNumbers(const char* operation, skiff::channel::RequestCode code,
+                   std::initializer_list<int64_t> numbers) {
+  std::lock_guard<std::mutex> lock(s_requestLock);
+  Message request;
+  size_t length = FormatNumbers(request, code, numbers);
+  return Exchange(operation, request, length);
+}
+
 }  // namespace
 
 bool QxwInterface::Open(JNIEnv* pEnv, jobject object) {
@@ -203,11 +213,8 @@ bool QxwInterface::GetSubmapAndSymbols(QXwSubmapId submapId) {
 bool QxwInterface::GetSymbolRowData(QXwSymbolId symbolId, QXwObjectId objectId,
                                     int propertySetIndex) {
   SKIFF_TRACE("QxwInterface::GetSymbolRowData");
-  std::lock_guard<std::mutex> lock(s_requestLock);
-  Message request;
-  size_t length = FormatNumbers(request, skiff::channel::kGetSymbolRowData,
-                                {symbolId, objectId, propertySetIndex});
-  return Exchange("GetSymbolRowData", request, length) != 0;
+  return RequestNumbers("GetSymbolRowData", skiff::channel::kGetSymbolRowData,
+                        {symbolId, objectId, propertySetIndex}) != 0;
 }
 
 void QxwInterface::GetNodeSymbol(const char* selectionName, const char* parentSelectionName,
@@ -233,20 +240,14 @@ void QxwInterface::GetNodeParentPath(const char* hostnameOrIPAddress,
 void QxwInterface::GetSymbolParentPath(QXwSymbolId symbolId, QXwSubmapId submapSymbolLivesOn,
                                        int numRootObjects) {
   SKIFF_TRACE("QxwInterface::GetSymbolParentPath");
-  std::lock_guard<std::mutex> lock(s_requestLock);
-  Message request;
-  size_t length = FormatNumbers(request, skiff::channel::kGetSymbolParentPath,
-                                {symbolId, submapSymbolLivesOn, numRootObjects});
-  Exchange("GetSymbolParentPath", request, length);
+  RequestNumbers("GetSymbolParentPath", skiff::channel::kGetSymbolParentPath,
+                 {symbolId, submapSymbolLivesOn, numRootObjects});
 }
 
 void QxwInterface::GetOtherSymbols(QXwSymbolId symbolId, QXwObjectId objectId, int numRootObjects) {
   SKIFF_TRACE("QxwInterface::GetOtherSymbols");
-  std::lock_guard<std::mutex> lock(s_requestLock);
-  Message request;
-  size_t length = FormatNumbers(request, skiff::channel::kGetOtherSymbols,
-                                {symbolId, objectId, numRootObjects});
-  Exchange("GetOtherSymbols", request, length);
+  RequestNumbers("GetOtherSymbols", skiff::channel::kGetOtherSymbols,
+                 {symbolId, objectId, numRootObjects});
 }
 
 void QxwInterface::GetMatchingSymbols(int queryCategoryType, int queryMatchType,
@@ -261,19 +262,13 @@ void QxwInterface::GetMatchingSymbols(int queryCategoryType, int queryMatchType,
 
 void QxwInterface::GetLocationScopingInfo() {
   SKIFF_TRACE("QxwInterface::GetLocationScopingInfo");
-  std::lock_guard<std::mutex> lock(s_requestLock);
-  Message request;
-  size_t length = FormatNumbers(request, skiff::channel::kGetLocationScopingInfo, {});
-  Exchange("GetLocationScopingInfo", request, length);
+  RequestNumbers("GetLocationScopingInfo", skiff::channel::kGetLocationScopingInfo, {});
 }
 
 void QxwInterface::SetAcknowledgeState(int numObjs, bool doAcknowledge) {
   SKIFF_TRACE("QxwInterface::SetAcknowledgeState");
-  std::lock_guard<std::mutex> lock(s_requestLock);
-  Message request;
-  size_t length =
-      FormatNumbers(request, skiff::channel::kSetAcknowledgeState, {numObjs, doAcknowledge});
-  Exchange("SetAcknowledgeState", request, length);
+  RequestNumbers("SetAcknowledgeState", skiff::channel::kSetAcknowledgeState,
+                 {numObjs, doAcknowledge});
 }
 
 void QxwInterface::SetManageState(int numObjs, bool doManage) {
@@ -281,10 +276,7 @@ void QxwInterface::SetManageState(int numObjs, bool doManage) {
   if (m_doUseVerboseMode) {
     std::fprintf(stderr, "In QxwInterface::SetManageState: numObjs=%d\n", numObjs);
   }
-  std::lock_guard<std::mutex> lock(s_requestLock);
-  Message request;
-  size_t length = FormatNumbers(request, skiff::channel::kSetManageState, {numObjs, doManage});
-  Exchange("SetManageState", request, length);
+  RequestNumbers("SetManageState", skiff::channel::kSetManageState, {numObjs, doManage});
 }
 
 void QxwInterface::SetSymbolVisibilityState(int numSymbols, bool doSetHidden) {
@@ -294,11 +286,8 @@ void QxwInterface::SetSymbolVisibilityState(int numSymbols, bool doSetHidden) {
                  "In QxwInterface::SetSymbolVisibilityState: numSymbols=%d doSetHidden=%d\n",
                  numSymbols, doSetHidden);
   }
-  std::lock_guard<std::mutex> lock(s_requestLock);
-  Message request;
-  size_t length =
-      FormatNumbers(request, skiff::channel::kSetSymbolVisibilityState, {numSymbols, doSetHidden});
-  Exchange("SetSymbolVisibilityState", request, length);
+  RequestNumbers("SetSymbolVisibilityState", skiff::channel::kSetSymbolVisibilityState,
+                 {numSymbols, doSetHidden});
 }
 
 void QxwInterface::SetInterfaceAndNodeVisibilityState(int numInterfaceObjects, bool doSetHidden) {
@@ -309,11 +298,9 @@ void QxwInterface::SetInterfaceAndNodeVisibilityState(int numInterfaceObjects, b
                  "doSetHidden=%d\n",
                  numInterfaceObjects, doSetHidden);
   }
-  std::lock_guard<std::mutex> lock(s_requestLock);
-  Message request;
-  size_t length = FormatNumbers(request, skiff::channel::kSetInterfaceAndNodeVisibilityState,
-                                {numInterfaceObjects, doSetHidden});
-  Exchange("SetInterfaceAndNodeVisibilityState", request, length);
+  RequestNumbers("SetInterfaceAndNodeVisibilityState",
+                 skiff::channel::kSetInterfaceAndNodeVisibilityState,
+                 {numInterfaceObjects, doSetHidden});
 }
 
 void QxwInterface::DeleteAllSymbolsForObjects(int numObjects) {
@@ -322,8 +309,6 @@ void QxwInterface::DeleteAllSymbolsForObjects(int numObjects) {
     std::fprintf(stderr, "In QxwInterface::DeleteAllSymbolsForObjects: numObjects=%d\n",
                  numObjects);
   }
-  std::lock_guard<std::mutex> lock(s_requestLock);
-  Message request;
-  size_t length = FormatNumbers(request, skiff::channel::kDeleteAllSymbolsForObjects, {numObjects});
-  Exchange("DeleteAllSymbolsForObjects", request, length);
+  RequestNumbers("DeleteAllSymbolsForObjects", skiff::channel::kDeleteAllSymbolsForObjects,
+                 {numObjects});
 }

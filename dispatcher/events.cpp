@@ -7,6 +7,7 @@
 #include <memory>
 #include <optional>
 
+#include "bridge/platformrecords.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/main.h"
 #include "dispatcher/submapcontents.h"
@@ -21,14 +22,8 @@ namespace {
 
 using Dispatcher = QxwEventDispatcher;
 
-jint Id(uint32_t id) { return static_cast<jint>(id); }
-
 jboolean IsNode(const QXwSymbolInfo& symbol) {
   return symbol.symbol_variety == QXW_SYMBOL_ICON ? JNI_TRUE : JNI_FALSE;
-}
-
-void Verbose(const char* line) {
-  if (Dispatcher::m_doUseVerboseMode) std::fputs(line, stderr);
 }
 
 // beginMapSync when made, endMapSync when it goes: once opened, a bracket
@@ -49,14 +44,16 @@ class MapSyncBracket {
 };
 
 bool SubmapInCache(JNIEnv* pEnv, QXwSubmapId submapId) {
-  return CallBoolean(pEnv, Dispatcher::m_object, Dispatcher::m_submapInCache, Id(submapId));
+  return CallBoolean(pEnv, Dispatcher::m_object, Dispatcher::m_submapInCache,
+                     skiff::JavaId(submapId));
 }
 
 // A submap whose layout has changed: its node positions again, then
 // synchronizeLayoutAppearance.
 void RefreshSubmap(JNIEnv* pEnv, QXwSubmapId submapId) {
   Dispatcher::RefreshSubmapSymbolPositions(pEnv, submapId);
-  CallVoid(pEnv, Dispatcher::m_object, Dispatcher::m_synchronizeLayoutAppearance, Id(submapId));
+  CallVoid(pEnv, Dispatcher::m_object, Dispatcher::m_synchronizeLayoutAppearance,
+           skiff::JavaId(submapId));
 }
 
 // One symbolMovedCB. x and y are the position's coordinates as they stand
@@ -66,10 +63,10 @@ void ReportPosition(JNIEnv* pEnv, const QXwSymbolInfo& symbol, bool fromMoveEven
   const QXwSymbolPosition& position = symbol.var_un.position;
   const QXwSymbolId predSymbolId =
       position.placement == QXW_PLACEMENT_AFTER ? position.un.pred_symbol : 0;
-  CallVoid(pEnv, Dispatcher::m_object, Dispatcher::m_symbolMovedCB, Id(symbol.symbol_id),
-           Id(symbol.submap_id), static_cast<jint>(position.placement),
+  CallVoid(pEnv, Dispatcher::m_object, Dispatcher::m_symbolMovedCB, skiff::JavaId(symbol.symbol_id),
+           skiff::JavaId(symbol.submap_id), static_cast<jint>(position.placement),
            static_cast<jint>(position.un.coords.x), static_cast<jint>(position.un.coords.y),
-           Id(predSymbolId), static_cast<jboolean>(fromMoveEvent),
+           skiff::JavaId(predSymbolId), static_cast<jboolean>(fromMoveEvent),
            static_cast<jboolean>(moreToFollow), static_cast<jboolean>(fromRefresh));
 }
 
@@ -93,13 +90,13 @@ void ReportSymbolBatch(JNIEnv* pEnv, const QXwSymbolList* pSymbols, Visit visit)
 // submap is touched.
 void ReportVisibilityChange(const QXwSymbolList* pSymbols, const skiff::jni::JavaMethod& callback) {
   JNIEnv* pEnv = skiff::jni::AttachedEnv(Dispatcher::m_pJVM);
-  ReportSymbolBatch(pEnv, pSymbols,
-                    [pEnv, &callback](const QXwSymbolInfo& symbol, SubmapHashtable& touched) {
-                      if (!SubmapInCache(pEnv, symbol.submap_id)) return;
-                      CallVoid(pEnv, Dispatcher::m_object, callback, Id(symbol.symbol_id),
-                               Id(symbol.submap_id), IsNode(symbol));
-                      touched.AddIfNeeded(symbol.submap_id);
-                    });
+  ReportSymbolBatch(
+      pEnv, pSymbols, [pEnv, &callback](const QXwSymbolInfo& symbol, SubmapHashtable& touched) {
+        if (!SubmapInCache(pEnv, symbol.submap_id)) return;
+        CallVoid(pEnv, Dispatcher::m_object, callback, skiff::JavaId(symbol.symbol_id),
+                 skiff::JavaId(symbol.submap_id), IsNode(symbol));
+        touched.AddIfNeeded(symbol.submap_id);
+      });
 }
 
 // A handler as a registration takes it. HandlerType is the handler type of
@@ -164,19 +161,19 @@ bool QxwEventDispatcher::AddQXwCallbacks() {
 
 void QxwEventDispatcher::SymbolsHiddenCB(void*, int, QXwMapInfo*, QXwSymbolList* pSymbols) {
   SKIFF_TRACE("QxwEventDispatcher::SymbolsHiddenCB");
-  Verbose("SymbolsHiddenCB\n");
+  skiff::DispatcherVerbose("SymbolsHiddenCB\n");
   ReportVisibilityChange(pSymbols, m_symbolHiddenCB);
 }
 
 void QxwEventDispatcher::SymbolsUnhiddenCB(void*, int, QXwMapInfo*, QXwSymbolList* pSymbols) {
   SKIFF_TRACE("QxwEventDispatcher::SymbolsUnhiddenCB");
-  Verbose("SymbolsUnhiddenCB\n");
+  skiff::DispatcherVerbose("SymbolsUnhiddenCB\n");
   ReportVisibilityChange(pSymbols, m_symbolUnhiddenCB);
 }
 
 void QxwEventDispatcher::SymbolsCreatedCB(void*, int, QXwMapInfo*, QXwSymbolList* pSymbols) {
   SKIFF_TRACE("QxwEventDispatcher::SymbolsCreatedCB");
-  Verbose("SymbolsCreatedCB\n");
+  skiff::DispatcherVerbose("SymbolsCreatedCB\n");
   JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
   ReportSymbolBatch(pEnv, pSymbols, [pEnv](const QXwSymbolInfo& symbol, SubmapHashtable& touched) {
     // Both steps concern every created symbol, on a loaded submap or not.
@@ -196,36 +193,38 @@ void QxwEventDispatcher::SymbolsCreatedCB(void*, int, QXwMapInfo*, QXwSymbolList
       symbolObject = AddConnectionSymbol(pEnv, &symbol);
     }
     touched.AddIfNeeded(symbol.submap_id);
-    CallVoid(pEnv, m_object, m_symbolCreatedCB, symbolObject.get(), Id(symbol.submap_id));
+    CallVoid(pEnv, m_object, m_symbolCreatedCB, symbolObject.get(),
+             skiff::JavaId(symbol.submap_id));
   });
 }
 
 void QxwEventDispatcher::SymbolsDeletedCB(void*, int, QXwMapInfo*, QXwSymbolList* pSymbols) {
   SKIFF_TRACE("QxwEventDispatcher::SymbolsDeletedCB");
-  Verbose("SymbolsDeletedCB\n");
+  skiff::DispatcherVerbose("SymbolsDeletedCB\n");
   JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
   ReportSymbolBatch(pEnv, pSymbols, [pEnv](const QXwSymbolInfo& symbol, SubmapHashtable& touched) {
     if (!SubmapInCache(pEnv, symbol.submap_id)) return;
     touched.AddIfNeeded(symbol.submap_id);
-    CallVoid(pEnv, m_object, m_symbolDeletedCB, Id(symbol.symbol_id), Id(symbol.submap_id),
-             IsNode(symbol));
+    CallVoid(pEnv, m_object, m_symbolDeletedCB, skiff::JavaId(symbol.symbol_id),
+             skiff::JavaId(symbol.submap_id), IsNode(symbol));
   });
 }
 
 void QxwEventDispatcher::SymbolsStatusChangeCB(void*, int, QXwMapInfo*, QXwSymbolList* pSymbols) {
   SKIFF_TRACE("QxwEventDispatcher::SymbolsStatusChangeCB");
-  Verbose("SymbolsStatusChangeCB\n");
+  skiff::DispatcherVerbose("SymbolsStatusChangeCB\n");
   JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
   for (int i = 0; pSymbols != nullptr && i < pSymbols->count; ++i) {
     const QXwSymbolInfo& symbol = pSymbols->symbols[i];
-    CallVoid(pEnv, m_object, m_symbolStatusChangeCB, Id(symbol.symbol_id), Id(symbol.submap_id),
-             static_cast<jint>(symbol.symbol_status), IsNode(symbol));
+    CallVoid(pEnv, m_object, m_symbolStatusChangeCB, skiff::JavaId(symbol.symbol_id),
+             skiff::JavaId(symbol.submap_id), static_cast<jint>(symbol.symbol_status),
+             IsNode(symbol));
   }
 }
 
 void QxwEventDispatcher::SymbolMovedCB(void*, int, QXwMapInfo*, QXwSymbolInfo* pSymbol) {
   SKIFF_TRACE("QxwEventDispatcher::SymbolMovedCB");
-  Verbose("SymbolMovedCB\n");
+  skiff::DispatcherVerbose("SymbolMovedCB\n");
   JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
   MapSyncBracket bracket(pEnv);
   if (pSymbol == nullptr || pSymbol->symbol_variety != QXW_SYMBOL_ICON) return;
@@ -239,53 +238,54 @@ void QxwEventDispatcher::SymbolMovedCB(void*, int, QXwMapInfo*, QXwSymbolInfo* p
 void QxwEventDispatcher::SymbolNormalizeChangeCB(void*, int, QXwMapInfo*, QXwSymbolInfo* pSymbol,
                                                  QXwBoolean isNormalized) {
   SKIFF_TRACE("QxwEventDispatcher::SymbolNormalizeChangeCB");
-  Verbose("SymbolNormalizeChangeCB\n");
+  skiff::DispatcherVerbose("SymbolNormalizeChangeCB\n");
   if (pSymbol == nullptr || pSymbol->symbol_variety != QXW_SYMBOL_ICON) return;
   JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
-  CallVoid(pEnv, m_object, m_symbolNormalizeChangeCB, Id(pSymbol->symbol_id),
-           Id(pSymbol->submap_id), static_cast<jboolean>(isNormalized != 0));
+  CallVoid(pEnv, m_object, m_symbolNormalizeChangeCB, skiff::JavaId(pSymbol->symbol_id),
+           skiff::JavaId(pSymbol->submap_id), static_cast<jboolean>(isNormalized != 0));
 }
 
 void QxwEventDispatcher::SubmapsCreatedCB(void*, int, QXwMapInfo*, QXwSubmapList* pSubmaps) {
   SKIFF_TRACE("QxwEventDispatcher::SubmapsCreatedCB");
-  Verbose("SubmapsCreatedCB\n");
+  skiff::DispatcherVerbose("SubmapsCreatedCB\n");
   if (pSubmaps == nullptr) return;
   JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
   for (int i = 0; i < pSubmaps->count; ++i) {
     const QXwSubmapInfo& submap = pSubmaps->submaps[i];
-    CallVoid(pEnv, m_object, m_submapCreatedCB, Id(submap.submap_id), Id(submap.parent_object_id));
+    CallVoid(pEnv, m_object, m_submapCreatedCB, skiff::JavaId(submap.submap_id),
+             skiff::JavaId(submap.parent_object_id));
   }
 }
 
 void QxwEventDispatcher::SubmapsDeletedCB(void*, int, QXwMapInfo*, QXwSubmapList* pSubmaps) {
   SKIFF_TRACE("QxwEventDispatcher::SubmapsDeletedCB");
-  Verbose("SubmapsDeletedCB\n");
+  skiff::DispatcherVerbose("SubmapsDeletedCB\n");
   if (pSubmaps == nullptr) return;
   JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
   for (int i = 0; i < pSubmaps->count; ++i) {
     QXwSubmapInfo& submap = pSubmaps->submaps[i];
     ScopingCache::SubmapHasBeenDeleted(&submap);
-    CallVoid(pEnv, m_object, m_submapDeletedCB, Id(submap.submap_id), Id(submap.parent_object_id));
+    CallVoid(pEnv, m_object, m_submapDeletedCB, skiff::JavaId(submap.submap_id),
+             skiff::JavaId(submap.parent_object_id));
   }
 }
 
 void QxwEventDispatcher::SubmapAutoLayoutChangeCB(void*, int, QXwMapInfo*, QXwSubmapInfo* pSubmap) {
   SKIFF_TRACE("QxwEventDispatcher::SubmapAutoLayoutChangeCB");
-  Verbose("SubmapAutoLayoutChangeCB\n");
+  skiff::DispatcherVerbose("SubmapAutoLayoutChangeCB\n");
   if (pSubmap == nullptr) return;
   JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
   const bool layoutOn = pSubmap->layout_on != 0;
   std::optional<MapSyncBracket> bracket;
   if (layoutOn) bracket.emplace(pEnv);
-  CallVoid(pEnv, m_object, m_submapAutoLayoutChangeCB, Id(pSubmap->submap_id),
-           Id(pSubmap->parent_object_id), static_cast<jboolean>(layoutOn));
+  CallVoid(pEnv, m_object, m_submapAutoLayoutChangeCB, skiff::JavaId(pSubmap->submap_id),
+           skiff::JavaId(pSubmap->parent_object_id), static_cast<jboolean>(layoutOn));
   if (layoutOn) RefreshSubmap(pEnv, pSubmap->submap_id);
 }
 
 void QxwEventDispatcher::RefreshSubmapSymbolPositions(JNIEnv* pEnv, QXwSubmapId submapId) {
   SKIFF_TRACE("QxwEventDispatcher::RefreshSubmapSymbolPositions");
-  std::unique_ptr<QXwSymbolList, decltype(&QXwFreeSymbolList)> pSymbols(
-      QXwListSymbols(m_pMap, submapId, QXW_PLANE_ALL, nullptr), &QXwFreeSymbolList);
+  skiff::SymbolListPtr pSymbols(QXwListSymbols(m_pMap, submapId, QXW_PLANE_ALL, nullptr));
   skiff::ForEachNodePosition(
       pSymbols.get(), [pEnv](const QXwSymbolInfo& symbol, bool moreToFollow) {
         ReportPosition(pEnv, symbol, /*fromMoveEvent=*/false, moreToFollow, /*fromRefresh=*/true);

@@ -1,4 +1,5 @@
 #include "dispatcher/fieldinfocache.h"
+#include "bridge/platformrecords.h"
 
 #include <stdio.h>
 #include <stdlib.h>
@@ -30,8 +31,7 @@ QXwdbFieldInfoHashtable::QXwdbFieldInfoHashtable()
     : _Hash(skiff::kTableBuckets, skiff::kTableReserved, skiff::kTableReserved,
             skiff::kTableGrowAtLoad) {
   SKIFF_TRACE("QXwdbFieldInfoHashtable::QXwdbFieldInfoHashtable");
-  std::unique_ptr<QXwFieldList, decltype(&QXwDbFreeFieldList)> pFieldList(QXwDbListFields(0),
-                                                                          &QXwDbFreeFieldList);
+  skiff::PlatformFieldListPtr pFieldList(QXwDbListFields(0));
   if (pFieldList == nullptr) return;
   for (int i = 0; i < pFieldList->count; ++i) {
     const QXwFieldInfo& fieldInfo = pFieldList->field_list[i];
@@ -49,8 +49,7 @@ QXwFieldInfo* QXwdbFieldInfoHashtable::GetFieldInfo(QXwFieldId fieldId) {
   SKIFF_TRACE("QXwdbFieldInfoHashtable::GetFieldInfo");
   if (_HashItem* item = find(fieldId)) return skiff::ValueOf<QXwFieldInfo>(item);
 
-  std::unique_ptr<QXwFieldInfo, decltype(&QXwDbFreeFieldInfo)> pPlatformInfo(
-      QXwDbGetFieldInfo(fieldId), &QXwDbFreeFieldInfo);
+  skiff::FieldInfoPtr pPlatformInfo(QXwDbGetFieldInfo(fieldId));
   if (pPlatformInfo == nullptr) {
     fprintf(stderr, "QXwDbGetFieldInfo call failed for field %d", static_cast<int>(fieldId));
     return nullptr;

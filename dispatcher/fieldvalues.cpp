@@ -1,6 +1,7 @@
 // Object field values: the tool-tip fields of an object, rendered as text and
 // handed to Java as a java.util.Properties.
 #include "dispatcher/fieldvalues.h"
+#include "bridge/platformrecords.h"
 
 #include <array>
 #include <cstdio>
@@ -109,10 +110,6 @@ const PropertiesClass& Properties(JNIEnv* pEnv) {
   return properties;
 }
 
-struct FieldBindListDeleter {
-  void operator()(QXwFieldBindList* list) const { QXwDbFreeFieldBindList(list); }
-};
-
 }  // namespace
 
 bool QxwEventDispatcher::IsToolTipField(QXwFieldId fieldId) {
@@ -134,13 +131,13 @@ bool QxwEventDispatcher::IsToolTipField(QXwFieldId fieldId) {
 skiff::jni::LocalRef<jobject> QxwEventDispatcher::GetObjectFieldValues(JNIEnv* pEnv,
                                                                        QXwObjectId objectId) {
   SKIFF_TRACE("QxwEventDispatcher::GetObjectFieldValues");
-  if (m_doUseVerboseMode) std::fputs("QxwEventDispatcher::GetObjectFieldValues\n", stderr);
+  skiff::DispatcherVerbose("QxwEventDispatcher::GetObjectFieldValues\n");
   const PropertiesClass& propertiesClass = Properties(pEnv);
   LocalRef<jobject> properties =
       skiff::jni::NewObject(pEnv, propertiesClass.cls, propertiesClass.init);
   if (!properties || objectId == 0) return properties;
 
-  std::unique_ptr<QXwFieldBindList, FieldBindListDeleter> bindings(QXwDbGetFieldValues(objectId));
+  skiff::FieldBindListPtr bindings(QXwDbGetFieldValues(objectId));
   if (bindings == nullptr) return properties;
   for (const skiff::ToolTipProperty& property :
        skiff::RenderToolTipFields(*bindings, skiff::IsLargeDb())) {

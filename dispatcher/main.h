@@ -12,9 +12,11 @@
 #include <jni.h>
 #include <netinet/in.h>
 
+#include <cstdio>
 #include <memory>
 
 #include "bridge/javacall.h"
+#include "bridge/platformrecords.h"
 #include "platform/qxw.h"
 #include "platform/qxwdb.h"
 
@@ -96,13 +98,6 @@ class SubmapSymbolInfoHashtable;
   X(s_TopMNodeIdFieldId, "TopM Node ID")               \
   X(s_TopMSegmentIdFieldId, "TopM Segment ID")         \
   X(s_TopMNetworkIdFieldId, "TopM Network ID")
-
-namespace skiff {
-
-// A field value list of the platform, freed with the scope.
-using ObjectFieldListPtr = std::unique_ptr<QXwObjectFieldList, decltype(&QXwDbFreeObjectFieldList)>;
-
-}  // namespace skiff
 
 class QxwEventDispatcher {
  public:
@@ -339,5 +334,17 @@ class QxwEventDispatcher {
   static void DeleteInterfaceObjectsCB(void* userData, int eventType, QXwMapInfo* pMap,
                                        QXwObjectList* pObjects);
 };
+
+namespace skiff {
+
+// An id as Java's int: an id of 2^31 or more is negative there.
+inline jint JavaId(uint32_t id) { return static_cast<jint>(id); }
+
+// Writes `line` on standard error in the dispatcher's verbose mode.
+inline void DispatcherVerbose(const char* line) {
+  if (QxwEventDispatcher::m_doUseVerboseMode) std::fputs(line, stderr);
+}
+
+}  // namespace skiff
 
 #endif  // SKIFF_DISPATCHER_MAIN_H_

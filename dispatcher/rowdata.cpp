@@ -8,7 +8,7 @@ skiff::jni::LocalRef<jstring> QxwEventDispatcher::GetSymbolRowData(QXwSymbolId s
                                                                    QXwObjectId objectId,
                                                                    int propertySetIndex) {
   SKIFF_TRACE("QxwEventDispatcher::GetSymbolRowData");
-  if (m_doUseVerboseMode) std::fputs("QxwEventDispatcher::GetSymbolRowData\n", stderr);
+  skiff::DispatcherVerbose("QxwEventDispatcher::GetSymbolRowData\n");
   JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
   return skiff::jni::CallObject<jstring>(pEnv, m_object, m_getSymbolRowData,
                                          static_cast<jint>(symbolId), static_cast<jint>(objectId),

@@ -16,10 +16,6 @@ namespace {
 
 using Dispatcher = QxwEventDispatcher;
 
-void Verbose(const char* line) {
-  if (Dispatcher::m_doUseVerboseMode) std::fputs(line, stderr);
-}
-
 // Replaces the session's map information with a fresh copy from the
 // platform: none while no map is open.
 void RefreshMapInfo() {
@@ -46,7 +42,7 @@ LocalRef<jintArray> JavaIds(JNIEnv* pEnv, const std::vector<QXwObjectId>& ids) {
 
 void QxwEventDispatcher::EndSessionCB(void*, int, QXwBoolean) {
   SKIFF_TRACE("QxwEventDispatcher::EndSessionCB");
-  Verbose("EndSessionCB\n");
+  skiff::DispatcherVerbose("EndSessionCB\n");
   // A normal and an abnormal end alike. The platform session goes first, so
   // Java hears of an end that has happened.
   QXwDone();
@@ -57,7 +53,7 @@ void QxwEventDispatcher::EndSessionCB(void*, int, QXwBoolean) {
 
 void QxwEventDispatcher::MapOpenCB(void*, int, QXwMapInfo* pMap, QXwFieldBindList*) {
   SKIFF_TRACE("QxwEventDispatcher::MapOpenCB");
-  Verbose("MapOpenCB\n");
+  skiff::DispatcherVerbose("MapOpenCB\n");
   if (pMap == nullptr) return;
   RefreshMapInfo();
   m_thisQxwSessionEnablesLocationTracking =
@@ -74,7 +70,7 @@ void QxwEventDispatcher::MapOpenCB(void*, int, QXwMapInfo* pMap, QXwFieldBindLis
 
 void QxwEventDispatcher::MapCloseCB(void*, int, QXwMapInfo* pMap, time_t) {
   SKIFF_TRACE("QxwEventDispatcher::MapCloseCB");
-  Verbose("MapCloseCB\n");
+  skiff::DispatcherVerbose("MapCloseCB\n");
   if (pMap != nullptr) {
     JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
     LocalRef<jstring> mapName(pEnv, mb2jstring(pEnv, pMap->map_name));
@@ -102,14 +98,13 @@ skiff::ObjectFieldListPtr QxwEventDispatcher::GetTopMNodeIdFieldValueList(
   SKIFF_TRACE("QxwEventDispatcher::GetTopMNodeIdFieldValueList");
   std::vector<QXwObjectId> objectIds = ObjectIds(pObjectList);
   QXwObjectIdList idList{static_cast<int>(objectIds.size()), objectIds.data()};
-  return skiff::ObjectFieldListPtr(QXwDbGetFieldValuesByObjects(&idList, s_TopMNodeIdFieldId),
-                                   &QXwDbFreeObjectFieldList);
+  return skiff::ObjectFieldListPtr(QXwDbGetFieldValuesByObjects(&idList, s_TopMNodeIdFieldId));
 }
 
 void QxwEventDispatcher::CreateInterfaceObjectsCB(void*, int, QXwMapInfo*,
                                                   QXwObjectList* pObjects) {
   SKIFF_TRACE("QxwEventDispatcher::CreateInterfaceObjectsCB");
-  Verbose("QxwEventDispatcher::CreateInterfaceObjectsCB\n");
+  skiff::DispatcherVerbose("QxwEventDispatcher::CreateInterfaceObjectsCB\n");
   // Whether locations are tracked does not matter here.
   if (!m_doInvokeJavaCallbacksForScopingUpdates) return;
   JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
@@ -142,7 +137,7 @@ void QxwEventDispatcher::CreateInterfaceObjectsCB(void*, int, QXwMapInfo*,
 void QxwEventDispatcher::DeleteInterfaceObjectsCB(void*, int, QXwMapInfo*,
                                                   QXwObjectList* pObjects) {
   SKIFF_TRACE("QxwEventDispatcher::DeleteInterfaceObjectsCB");
-  Verbose("QxwEventDispatcher::DeleteInterfaceObjectsCB\n");
+  skiff::DispatcherVerbose("QxwEventDispatcher::DeleteInterfaceObjectsCB\n");
   if (!m_doInvokeJavaCallbacksForScopingUpdates) return;
   JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
   LocalRef<jintArray> interfaceArray = JavaIds(pEnv, ObjectIds(pObjects));

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "bridge/platformrecords.h"
 #include "bridge/text.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/largedb.h"
@@ -19,26 +20,17 @@ using skiff::jni::LocalRef;
 
 namespace {
 
-struct SubmapInfoDeleter {
-  void operator()(QXwSubmapInfo* info) const { QXwFreeSubmapInfo(info); }
-};
-struct SymbolListDeleter {
-  void operator()(QXwSymbolList* list) const { QXwFreeSymbolList(list); }
-};
-
 // A Java string of platform text, deleted with the scope.
 LocalRef<jstring> JavaText(JNIEnv* pEnv, const char* text) {
   return LocalRef<jstring>(pEnv, mb2jstring(pEnv, text));
 }
 
-jint Id(uint32_t id) { return static_cast<jint>(id); }
-
 }  // namespace
 
 LocalRef<jobject> QxwEventDispatcher::GetSubmapAndSymbols(QXwSubmapId submapId) {
   SKIFF_TRACE("QxwEventDispatcher::GetSubmapAndSymbols");
-  if (m_doUseVerboseMode) std::fputs("QxwEventDispatcher::GetSubmapAndSymbols\n", stderr);
-  std::unique_ptr<QXwSubmapInfo, SubmapInfoDeleter> submap(QXwGetSubmapInfo(m_pMap, submapId));
+  skiff::DispatcherVerbose("QxwEventDispatcher::GetSubmapAndSymbols\n");
+  skiff::SubmapInfoPtr submap(QXwGetSubmapInfo(m_pMap, submapId));
   // Read afresh at every report, whether or not the submap exists.
   skiff::RereadLargeDbSetting(skiff::kLargeDbConfigPath, m_doUseVerboseMode);
   if (submap == nullptr) return {};
@@ -47,8 +39,7 @@ LocalRef<jobject> QxwEventDispatcher::GetSubmapAndSymbols(QXwSubmapId submapId) 
   LocalRef<jobject> result =
       AddSubmap(pEnv, submap->parent_object_id, submapId, submap->submap_name, submap->layout_style,
                 submap->layout_on != 0, submap->bg_graphics);
-  std::unique_ptr<QXwSymbolList, SymbolListDeleter> symbols(
-      QXwListSymbols(m_pMap, submapId, QXW_PLANE_ALL, nullptr));
+  skiff::SymbolListPtr symbols(QXwListSymbols(m_pMap, submapId, QXW_PLANE_ALL, nullptr));
   skiff::ForEachReportedSymbol(
       symbols.get(), [pEnv](const QXwSymbolInfo& symbol) { AddNodeSymbol(pEnv, &symbol, 0); },
       [pEnv](const QXwSymbolInfo& symbol) { AddConnectionSymbol(pEnv, &symbol); });
@@ -62,8 +53,8 @@ LocalRef<jobject> QxwEventDispatcher::AddSubmap(JNIEnv* pEnv, QXwObjectId parent
   SKIFF_TRACE("QxwEventDispatcher::AddSubmap");
   LocalRef<jstring> name = JavaText(pEnv, submapName);
   LocalRef<jstring> background = JavaText(pEnv, backgroundGraphicsFile);
-  return skiff::jni::CallObject(pEnv, m_object, m_addSubmap, Id(parentObjectId), Id(submapId),
-                                name.get(), static_cast<jint>(layoutStyle),
+  return skiff::jni::CallObject(pEnv, m_object, m_addSubmap, skiff::JavaId(parentObjectId),
+                                skiff::JavaId(submapId), name.get(), static_cast<jint>(layoutStyle),
                                 static_cast<jboolean>(doUseAutoLayout), background.get());
 }
 
@@ -77,20 +68,24 @@ LocalRef<jobject> QxwEventDispatcher::AddNodeSymbol(JNIEnv* pEnv, const QXwSymbo
     LocalRef<jstring> annotation = skiff::jni::NewUtf8String(pEnv, "");
     LocalRef<jstring> type = JavaText(pEnv, pSymbolInfo->symbol_type);
     symbol = skiff::jni::CallObject(
-        pEnv, m_object, m_addNodeSymbol, Id(pSymbolInfo->symbol_id), Id(pSymbolInfo->submap_id),
-        label.get(), annotation.get(), type.get(), static_cast<jint>(pSymbolInfo->plane),
-        static_cast<jint>(pSymbolInfo->symbol_status), Id(pSymbolInfo->object.object_id),
-        Id(pSymbolInfo->object.child_submap_id), static_cast<jboolean>(pSymbolInfo->hidden != 0),
+        pEnv, m_object, m_addNodeSymbol, skiff::JavaId(pSymbolInfo->symbol_id),
+        skiff::JavaId(pSymbolInfo->submap_id), label.get(), annotation.get(), type.get(),
+        static_cast<jint>(pSymbolInfo->plane), static_cast<jint>(pSymbolInfo->symbol_status),
+        skiff::JavaId(pSymbolInfo->object.object_id),
+        skiff::JavaId(pSymbolInfo->object.child_submap_id),
+        static_cast<jboolean>(pSymbolInfo->hidden != 0),
         static_cast<jint>(pSymbolInfo->var_un.position.placement), static_cast<jint>(placement.x),
-        static_cast<jint>(placement.y), Id(placement.predSymbolId), Id(customSubmapId));
+        static_cast<jint>(placement.y), skiff::JavaId(placement.predSymbolId),
+        skiff::JavaId(customSubmapId));
   }
   // Field values travel only when the Java side lacks them: asked for every
   // symbol, also for several symbols of one object in a row.
   const QXwObjectId objectId = pSymbolInfo->object.object_id;
-  if (!skiff::jni::CallBoolean(pEnv, m_object, m_qxwdbObjectFieldValuesInCache, Id(objectId))) {
+  if (!skiff::jni::CallBoolean(pEnv, m_object, m_qxwdbObjectFieldValuesInCache,
+                               skiff::JavaId(objectId))) {
     LocalRef<jobject> properties = GetObjectFieldValues(pEnv, objectId);
     if (properties) {
-      skiff::jni::CallVoid(pEnv, m_object, m_setQxwdbObjectFieldValues, Id(objectId),
+      skiff::jni::CallVoid(pEnv, m_object, m_setQxwdbObjectFieldValues, skiff::JavaId(objectId),
                            properties.get());
     }
   }
@@ -104,11 +99,13 @@ LocalRef<jobject> QxwEventDispatcher::AddConnectionSymbol(JNIEnv* pEnv,
   LocalRef<jstring> label = JavaText(pEnv, pSymbolInfo->symbol_label);
   LocalRef<jstring> type = JavaText(pEnv, pSymbolInfo->symbol_type);
   return skiff::jni::CallObject(
-      pEnv, m_object, m_addConnectionSymbol, Id(pSymbolInfo->symbol_id), Id(pSymbolInfo->submap_id),
-      label.get(), type.get(), static_cast<jint>(pSymbolInfo->plane),
-      static_cast<jint>(pSymbolInfo->symbol_status), Id(pSymbolInfo->object.object_id),
-      Id(pSymbolInfo->object.child_submap_id), static_cast<jboolean>(pSymbolInfo->hidden != 0),
-      Id(connection.endpoint1_id), Id(connection.endpoint2_id));
+      pEnv, m_object, m_addConnectionSymbol, skiff::JavaId(pSymbolInfo->symbol_id),
+      skiff::JavaId(pSymbolInfo->submap_id), label.get(), type.get(),
+      static_cast<jint>(pSymbolInfo->plane), static_cast<jint>(pSymbolInfo->symbol_status),
+      skiff::JavaId(pSymbolInfo->object.object_id),
+      skiff::JavaId(pSymbolInfo->object.child_submap_id),
+      static_cast<jboolean>(pSymbolInfo->hidden != 0), skiff::JavaId(connection.endpoint1_id),
+      skiff::JavaId(connection.endpoint2_id));
 }
 
 std::unique_ptr<SubmapHashtable> QxwEventDispatcher::GetRootSubmapsHashtable(JNIEnv* pEnv,

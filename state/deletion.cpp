@@ -1,6 +1,7 @@
 // Deleting every symbol of a set of objects.
 #include <memory>
 
+#include "bridge/platformrecords.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/main.h"
 #include "platform/qxw.h"
@@ -17,8 +18,7 @@ void QxwEventDispatcher::DeleteAllSymbolsForObjects(int numObjects) {
   for (QXwObjectId objectId : *objectIds) {
     // Read just before deleting, so that each object loses the symbols it has
     // now, on whatever submaps they lie.
-    std::unique_ptr<QXwSymbolList, decltype(&QXwFreeSymbolList)> pSymbolList(
-        QXwGetSymbolsByObject(m_pMap, objectId), &QXwFreeSymbolList);
+    skiff::SymbolListPtr pSymbolList(QXwGetSymbolsByObject(m_pMap, objectId));
     if (pSymbolList == nullptr || pSymbolList->count == 0) continue;
     std::vector<QXwSymbolId> symbolIds;
     symbolIds.reserve(pSymbolList->count);

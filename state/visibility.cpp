@@ -24,7 +24,7 @@ namespace {
 // The application whose symbols stand for interfaces on a node's submap.
 constexpr char kIPMapAppName[] = "IP Map";
 
-using FieldListPtr = std::unique_ptr<QXwObjectFieldList, decltype(&QXwDbFreeObjectFieldList)>;
+using FieldListPtr = skiff::ObjectFieldListPtr;
 
 // The integer value of one entry of a field value list; 0 when it has none.
 QXwObjectId IntegerValue(const QXwObjectField& entry) {
@@ -34,8 +34,7 @@ QXwObjectId IntegerValue(const QXwObjectField& entry) {
 
 // One TopM field of every interface, in the interfaces' order.
 FieldListPtr ReadField(QXwObjectIdList* pObjectIdList, QXwFieldId fieldId) {
-  return FieldListPtr(QXwDbGetFieldValuesByObjects(pObjectIdList, fieldId),
-                      &QXwDbFreeObjectFieldList);
+  return FieldListPtr(QXwDbGetFieldValuesByObjects(pObjectIdList, fieldId));
 }
 
 int CountOf(const FieldListPtr& pList) { return pList != nullptr ? pList->count : 0; }

@@ -1,4 +1,5 @@
 #include "tables/childsubmapidhashtable.h"
+#include "bridge/platformrecords.h"
 
 #include <memory>
 
@@ -31,8 +32,7 @@ QXwSubmapId QXwChildSubmapIdHashtable::GetChildSubmapId(QXwMapInfo* pMap, QXwObj
   QXwSubmapId childSubmapId = m_objectIdToChildSubmapIdHashtable.Get(objectId);
   if (childSubmapId != 0) return childSubmapId;
 
-  std::unique_ptr<QXwObjectInfo, decltype(&QXwFreeObjectInfo)> pObjectInfo(
-      QXwGetObjectInfo(pMap, objectId), &QXwFreeObjectInfo);
+  skiff::ObjectInfoPtr pObjectInfo(QXwGetObjectInfo(pMap, objectId));
   if (pObjectInfo == nullptr) return 0;
   childSubmapId = pObjectInfo->child_submap_id;
   m_objectIdToChildSubmapIdHashtable.Put(objectId, childSubmapId);

@@ -1,4 +1,5 @@
 #include "tables/scopingcache.h"
+#include "bridge/platformrecords.h"
 
 #include <stdio.h>
 
@@ -66,8 +67,7 @@ QXwSubmapId ScopingCache::MapObjectIdToSubmapId(QXwMapInfo* pMap, QXwObjectId ob
   QXwSubmapId submapId = m_MapObjectIdToChildSubmapId->Get(objectId);
   if (submapId != 0) return submapId;
 
-  std::unique_ptr<QXwObjectInfo, decltype(&QXwFreeObjectInfo)> pObjectInfo(
-      QXwGetObjectInfo(pMap, objectId), &QXwFreeObjectInfo);
+  skiff::ObjectInfoPtr pObjectInfo(QXwGetObjectInfo(pMap, objectId));
   if (m_doUseVerboseMode) {
     fprintf(stderr, "ScopingCache::MapObjectIdToSubmapId QXwGetObjectInfo() call returned %d\n",
             pObjectInfo != nullptr ? 1 : 0);

@@ -115,11 +115,7 @@ public final class RoundTripBench {
         QxwEventDispatcher dispatcher = new ConstantRows();
         QxwInterface client = new QxwInterface(dispatcher);
         client.open(false, false, false);
-        Thread loop = new Thread(() -> {
-            if (dispatcher.connect(false, false, false, false)) dispatcher.listenForEvents();
-        }, "dispatcher");
-        loop.setDaemon(true);
-        loop.start();
+        dispatcher.startDispatcherThread(false, false, false, false);
         if (client.awaitConnectionResults(30, TimeUnit.SECONDS) == null) {
             throw new IllegalStateException("the dispatcher reported no connection results");
         }

@@ -170,11 +170,7 @@ public final class SubmapBench {
         BenchDispatcher dispatcher = new BenchDispatcher();
         QxwInterface client = new QxwInterface(dispatcher);
         client.open(false, false, false);
-        Thread loop = new Thread(() -> {
-            if (dispatcher.connect(false, false, false, false)) dispatcher.listenForEvents();
-        }, "dispatcher");
-        loop.setDaemon(true);
-        loop.start();
+        dispatcher.startDispatcherThread(false, false, false, false);
         if (client.awaitConnectionResults(60, TimeUnit.SECONDS) == null) {
             throw new IllegalStateException("the dispatcher reported no connection results");
         }

@@ -37,11 +37,7 @@ final class DemoSession {
     static DemoSession start(DemoDispatcher dispatcher) throws InterruptedException {
         QxwInterface client = new QxwInterface(dispatcher);
         client.open(false, false, false);
-        Thread thread = new Thread(() -> {
-            if (dispatcher.connect(false, false, false, false)) dispatcher.listenForEvents();
-        }, "dispatcher");
-        thread.setDaemon(true);
-        thread.start();
+        Thread thread = dispatcher.startDispatcherThread(false, false, false, false);
         QxwInterface.ConnectionResults results =
                 client.awaitConnectionResults(TIMEOUT_SECONDS, TimeUnit.SECONDS);
         if (results == null || !results.connectionEstablished()) return null;

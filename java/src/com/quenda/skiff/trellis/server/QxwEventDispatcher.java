@@ -66,6 +66,25 @@ public class QxwEventDispatcher {
     /** Runs the platform's event loop, serving client requests, until the session ends. */
     public native void listenForEvents();
 
+    /**
+     * Starts the dispatcher thread: a daemon thread named "dispatcher" that connects with these
+     * flags and, when the session is usable, listens for events until the session ends. Open the
+     * {@link QxwInterface} first: the connection results go to it.
+     */
+    public Thread startDispatcherThread(boolean doInvokeJavaCallbacksForScopingUpdates,
+            boolean doSetLocationIDFieldInCallbacks, boolean doSyncLocationIDFieldInSubLocations,
+            boolean doSyncLocationIDFieldInNetworks) {
+        Thread thread = new Thread(() -> {
+            if (connect(doInvokeJavaCallbacksForScopingUpdates, doSetLocationIDFieldInCallbacks,
+                    doSyncLocationIDFieldInSubLocations, doSyncLocationIDFieldInNetworks)) {
+                listenForEvents();
+            }
+        }, "dispatcher");
+        thread.setDaemon(true);
+        thread.start();
+        return thread;
+    }
+
     public Submap getSubmap(int submapId) { return readMirror(() -> submaps.get(submapId)); }
     public MapSymbol getSymbol(int symbolId) { return readMirror(() -> symbols.get(symbolId)); }
     public Properties getObjectFieldValues(int objectId) {
