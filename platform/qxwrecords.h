@@ -6,6 +6,7 @@
 #ifndef SKIFF_PLATFORM_QXWRECORDS_H_
 #define SKIFF_PLATFORM_QXWRECORDS_H_
 
+#include <stddef.h>
 #include <stdint.h>
 #include <time.h>
 
@@ -25,12 +26,7 @@ typedef uint32_t QXwPlaneType;
 typedef int QXwBoolean;
 
 // Planes of a symbol, and the selector that names all of them.
-enum {
-  QXW_PLANE_BASE = 1,
-  QXW_PLANE_APPLICATION = 2,
-  QXW_PLANE_USER = 4,
-  QXW_PLANE_ALL = 7
-};
+enum { QXW_PLANE_BASE = 1, QXW_PLANE_APPLICATION = 2, QXW_PLANE_USER = 4, QXW_PLANE_ALL = 7 };
 
 // Symbol varieties.
 enum { QXW_SYMBOL_ICON = 1, QXW_SYMBOL_CONNECTION = 2 };
@@ -121,14 +117,12 @@ typedef struct {
   QXwFieldBinding* fields;
 } QXwFieldBindList;
 
-typedef struct {
-  union {
-    int int_val;
-    QXwBoolean bool_val;
-    char* string_val;
-    int enum_val;
-  };
-  QXwBoolean selected;
+// One value of a list field: a bare union, read by the list's field_type.
+typedef union {
+  int int_val;
+  QXwBoolean bool_val;
+  char* string_val;
+  int enum_val;
 } QXwListFieldEntry;
 
 typedef struct {
@@ -292,6 +286,111 @@ typedef struct {
   int count;
   char** names;
 } QXwEnumConstants;
+
+// The layouts above are the platform library's own: a record that differs by
+// one member or one byte of padding reads every later field, and every list
+// entry after the first, at the wrong offset. Pinned for both x86 word sizes.
+#if defined(__cplusplus)
+#define QXW_LAYOUT_ASSERT(cond) static_assert(cond, #cond)
+#else
+#define QXW_LAYOUT_ASSERT(cond) _Static_assert(cond, #cond)
+#endif
+#define QXW_AT(type, member, at64, at32) \
+  QXW_LAYOUT_ASSERT(offsetof(type, member) == (QXW_LP64 ? (at64) : (at32)))
+#define QXW_SIZE(type, size64, size32) \
+  QXW_LAYOUT_ASSERT(sizeof(type) == (QXW_LP64 ? (size64) : (size32)))
+
+#if defined(__x86_64__) || defined(__i386__)
+#if defined(__x86_64__)
+#define QXW_LP64 1
+#else
+#define QXW_LP64 0
+#endif
+QXW_AT(QXwMapInfo, permissions, 8, 4);
+QXW_AT(QXwMapInfo, creation_time, 16, 8);
+QXW_AT(QXwMapInfo, last_closed_time, 24, 12);
+QXW_AT(QXwMapInfo, root_submap_id, 32, 16);
+QXW_SIZE(QXwMapInfo, 40, 20);
+
+QXW_AT(QXwFieldBinding, field_val, 8, 4);
+QXW_SIZE(QXwFieldBinding, 16, 8);
+QXW_SIZE(QXwListFieldEntry, 8, 4);
+QXW_AT(QXwFieldValue, field_type, 4, 4);
+QXW_AT(QXwFieldValue, un, 8, 8);
+QXW_AT(QXwFieldValue, modified, 16, 12);
+QXW_SIZE(QXwFieldValue, 24, 16);
+
+QXW_AT(QXwObjectInfo, child_submap_id, 4, 4);
+QXW_AT(QXwObjectInfo, num_symbols, 8, 8);
+QXW_AT(QXwObjectInfo, object_status, 12, 12);
+QXW_AT(QXwObjectInfo, compound_status, 16, 16);
+QXW_AT(QXwObjectInfo, op_scope, 20, 20);
+QXW_AT(QXwObjectInfo, field_values, 24, 24);
+QXW_SIZE(QXwObjectInfo, 32, 28);
+
+QXW_AT(QXwSymbolPosition, un, 4, 4);
+QXW_SIZE(QXwSymbolPosition, 20, 20);
+QXW_AT(QXwConnectionInfo, is_meta_conn, 8, 8);
+QXW_SIZE(QXwConnectionInfo, 12, 12);
+QXW_AT(QXwAppList, names, 8, 4);
+QXW_SIZE(QXwAppList, 16, 8);
+
+QXW_AT(QXwSymbolInfo, submap_id, 4, 4);
+QXW_AT(QXwSymbolInfo, object, 8, 8);
+QXW_AT(QXwSymbolInfo, symbol_label, 40, 36);
+QXW_AT(QXwSymbolInfo, symbol_status, 48, 40);
+QXW_AT(QXwSymbolInfo, status_source, 52, 44);
+QXW_AT(QXwSymbolInfo, plane, 56, 48);
+QXW_AT(QXwSymbolInfo, hidden, 60, 52);
+QXW_AT(QXwSymbolInfo, symbol_type, 64, 56);
+QXW_AT(QXwSymbolInfo, symbol_variety, 72, 60);
+QXW_AT(QXwSymbolInfo, var_un, 76, 64);
+QXW_AT(QXwSymbolInfo, behavior, 96, 84);
+QXW_AT(QXwSymbolInfo, apps, 104, 88);
+QXW_SIZE(QXwSymbolInfo, 120, 96);
+
+QXW_AT(QXwSubmapInfo, submap_name, 8, 4);
+QXW_AT(QXwSubmapInfo, submap_policy, 16, 8);
+QXW_AT(QXwSubmapInfo, app_name, 24, 12);
+QXW_AT(QXwSubmapInfo, submap_type, 32, 16);
+QXW_AT(QXwSubmapInfo, parent_object_id, 36, 20);
+QXW_AT(QXwSubmapInfo, layout_style, 40, 24);
+QXW_AT(QXwSubmapInfo, layout_on, 44, 28);
+QXW_AT(QXwSubmapInfo, bg_graphics, 48, 32);
+QXW_SIZE(QXwSubmapInfo, 56, 36);
+
+QXW_AT(QXwObjectField, field_value, 8, 4);
+QXW_SIZE(QXwObjectField, 16, 8);
+QXW_AT(QXwObjectFieldValues, fields, 8, 4);
+QXW_SIZE(QXwObjectFieldValues, 16, 8);
+QXW_AT(QXwFieldInfo, field_name, 8, 4);
+QXW_AT(QXwFieldInfo, field_type, 16, 8);
+QXW_AT(QXwFieldInfo, field_flags, 20, 12);
+QXW_SIZE(QXwFieldInfo, 24, 16);
+QXW_AT(QXwSymbolStatus, error, 8, 8);
+QXW_SIZE(QXwSymbolStatus, 12, 12);
+QXW_AT(QXwObjectStatus, error, 8, 8);
+QXW_SIZE(QXwObjectStatus, 12, 12);
+
+// Every list: a count, then a pointer to its first element.
+QXW_AT(QXwSymbolList, symbols, 8, 4);
+QXW_AT(QXwSubmapList, submaps, 8, 4);
+QXW_AT(QXwObjectList, objects, 8, 4);
+QXW_AT(QXwObjectIdList, object_ids, 8, 4);
+QXW_AT(QXwSymbolIdList, symbol_ids, 8, 4);
+QXW_AT(QXwFieldIdList, field_ids, 8, 4);
+QXW_AT(QXwFieldBindList, fields, 8, 4);
+QXW_AT(QXwObjectFieldList, objects, 8, 4);
+QXW_AT(QXwObjectsFieldValuesList, objects, 8, 4);
+QXW_AT(QXwFieldList, field_list, 8, 4);
+QXW_AT(QXwEnumConstants, names, 8, 4);
+QXW_AT(QXwListFieldValue, list, 8, 4);
+QXW_SIZE(QXwSymbolList, 16, 8);
+#undef QXW_LP64
+#endif
+#undef QXW_AT
+#undef QXW_SIZE
+#undef QXW_LAYOUT_ASSERT
 
 #ifdef __cplusplus
 }
