@@ -4,6 +4,7 @@
 #define SKIFF_BRIDGE_PLATFORMRECORDS_H_
 
 #include <memory>
+#include <optional>
 
 #include "platform/qxw.h"
 #include "platform/qxwdb.h"
@@ -25,6 +26,22 @@ using FieldBindListPtr = PlatformPtr<QXwFieldBindList, QXwDbFreeFieldBindList>;
 using ObjectFieldListPtr = PlatformPtr<QXwObjectFieldList, QXwDbFreeObjectFieldList>;
 using PlatformFieldListPtr = PlatformPtr<QXwFieldList, QXwDbFreeFieldList>;
 using FieldInfoPtr = PlatformPtr<QXwFieldInfo, QXwDbFreeFieldInfo>;
+
+// Field values, read only through the member their field_type names: a
+// value of another type counts as absent, so no union member is ever read as
+// another (a string read as an integer would hand out pointer bits).
+
+// The integer a single (not list) integer value holds; nothing otherwise.
+inline std::optional<int> IntegerValue(const QXwFieldValue* value) {
+  if (value == nullptr || value->is_list || value->field_type != QXW_FIELD_INTEGER) return {};
+  return value->un.int_val;
+}
+
+// The entries of a list of strings; null for anything else.
+inline const QXwListFieldValue* StringListValue(const QXwFieldValue* value) {
+  if (value == nullptr || !value->is_list || value->field_type != QXW_FIELD_STRING) return nullptr;
+  return value->un.list_val;
+}
 
 }  // namespace skiff
 

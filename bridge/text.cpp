@@ -6,24 +6,17 @@
 namespace {
 
 using skiff::jni::JavaMethod;
+using skiff::jni::JavaPeer;
 
-// java.lang.String and the two members the conversions use, resolved once
-// by the first conversion of the process (on whichever thread).
-struct StringClass {
-  jclass cls = nullptr;
-  JavaMethod getBytes{"getBytes", "()[B", JavaMethod::Instance};
-  JavaMethod fromBytes{"<init>", "([B)V", JavaMethod::Instance};
+constexpr JavaMethod kGetBytes{"getBytes", "()[B", JavaMethod::Instance, 0};
+constexpr JavaMethod kFromBytes{"<init>", "([B)V", JavaMethod::Instance, 1};
 
-  explicit StringClass(JNIEnv* pEnv) {
-    cls = skiff::jni::FindGlobalClass(pEnv, "java/lang/String");
-    if (cls == nullptr) return;
-    skiff::jni::Resolve(pEnv, cls, getBytes, "jstring2mb");
-    skiff::jni::Resolve(pEnv, cls, fromBytes, "mb2jstring");
-  }
-};
-
-const StringClass& Strings(JNIEnv* pEnv) {
-  static const StringClass strings(pEnv);  // made once, under the language's guard
+// java.lang.String and the two members the conversions use, bound by the
+// first conversion of the process (on whichever thread) under the language's
+// once-only guard.
+const JavaPeer* StringClass(JNIEnv* pEnv) {
+  static const JavaPeer* const strings =
+      skiff::jni::BindClass(pEnv, "java/lang/String", {&kGetBytes, &kFromBytes});
   return strings;
 }
 
@@ -31,18 +24,17 @@ const StringClass& Strings(JNIEnv* pEnv) {
 
 jbyteArray jstring2mb(JNIEnv* pEnv, jstring str) {
   if (str == nullptr) return nullptr;
-  return skiff::jni::CallObject<jbyteArray>(pEnv, str, Strings(pEnv).getBytes).release();
+  return skiff::jni::CallObjectOn<jbyteArray>(pEnv, str, StringClass(pEnv), kGetBytes).release();
 }
 
 jstring mb2jstring(JNIEnv* pEnv, const char* text) {
-  const StringClass& strings = Strings(pEnv);
+  const JavaPeer* strings = StringClass(pEnv);
   if (text == nullptr) text = "";
   const jsize length = static_cast<jsize>(std::strlen(text));
   skiff::jni::LocalRef<jbyteArray> bytes(pEnv, pEnv->NewByteArray(length));
   if (skiff::jni::Threw(pEnv, "JNI function", "NewByteArray") || !bytes) return nullptr;
   pEnv->SetByteArrayRegion(bytes.get(), 0, length, reinterpret_cast<const jbyte*>(text));
-  return skiff::jni::NewObject<jstring>(pEnv, strings.cls, strings.fromBytes, bytes.get())
-      .release();
+  return skiff::jni::NewObject<jstring>(pEnv, strings, kFromBytes, bytes.get()).release();
 }
 
 namespace skiff::jni {
@@ -63,7 +55,7 @@ LocalRef<jstring> NewUtf8String(JNIEnv* pEnv, const char* text) {
   return LocalRef<jstring>(pEnv, str);
 }
 
-void PrintErrorInJava(JavaVM* pJVM, jclass cls, const JavaMethod& printError, const char* context,
+void PrintErrorInJava(const JavaPeer* peer, const JavaMethod& printError, const char* context,
                       const char* errorString) {
   char joined[kErrorTextSize];
   if (context != nullptr) {
@@ -71,10 +63,10 @@ void PrintErrorInJava(JavaVM* pJVM, jclass cls, const JavaMethod& printError, co
                   errorString != nullptr ? errorString : "");
     errorString = joined;
   }
-  JNIEnv* pEnv = AttachedEnv(pJVM);
-  if (pEnv == nullptr) return;
+  JNIEnv* pEnv = AttachedEnv();
+  if (pEnv == nullptr || peer == nullptr) return;
   LocalRef<jstring> text(pEnv, mb2jstring(pEnv, errorString));
-  if (text) CallStaticVoid(pEnv, cls, printError, text.get());
+  if (text) CallVoid(pEnv, peer, printError, text.get());
 }
 
 }  // namespace skiff::jni

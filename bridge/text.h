@@ -45,10 +45,11 @@ LocalRef<jstring> NewUtf8String(JNIEnv* pEnv, const char* text);
 // The size of an error text passed to Java, NUL included.
 constexpr int kErrorTextSize = 1024;
 
-// Reports an error text to Java through the static `printError` of `cls`,
-// on the calling thread (attached first): `context` (may be null) followed by
-// `errorString`, cut to kErrorTextSize - 1 bytes when there is a context.
-void PrintErrorInJava(JavaVM* pJVM, jclass cls, const JavaMethod& printError, const char* context,
+// Reports an error text to Java through the static `printError` of the
+// peer's class, on the calling thread (attached first): `context` (may be
+// null) followed by `errorString`, cut to kErrorTextSize - 1 bytes when there
+// is a context. Nothing without a peer.
+void PrintErrorInJava(const JavaPeer* peer, const JavaMethod& printError, const char* context,
                       const char* errorString);
 
 }  // namespace skiff::jni

@@ -6,8 +6,6 @@
 #include <cstring>
 #include <string>
 
-#include "platform/qxcommon.h"
-
 namespace skiff::channel {
 
 namespace {
@@ -79,12 +77,19 @@ void ParseNumbers(const char* arguments, int32_t* numbers, size_t count) {
 }
 
 void SplitFields(char* arguments, const char** fields, size_t count) {
-  char* field = _QXstrtok(arguments, "\v", 0);
+  // By hand rather than with the platform's tokenizer, which may merge
+  // adjacent separators and so move every field after an empty one.
+  char* field = arguments;
   for (size_t i = 0; i < count; ++i) {
     fields[i] = field != nullptr ? field : "";
-    if (field != nullptr) field = _QXstrtok(nullptr, "\v", 0);
+    if (field == nullptr || i + 1 == count) continue;
+    char* tab = std::strchr(field, '\v');
+    if (tab != nullptr) *tab = '\0';
+    field = tab != nullptr ? tab + 1 : nullptr;
   }
 }
+
+bool IsFieldText(const char* text) { return text == nullptr || std::strchr(text, '\v') == nullptr; }
 
 int32_t FieldNumber(const char* field) {
   int32_t number = 0;
@@ -115,16 +120,31 @@ size_t FormatAnswer(Message& message, bool result) { return Format(message, "%d"
 int ParseAnswer(const char* answer) { return std::atoi(answer); }
 
 char* MessageAssembler::Next() {
+  lastDropped_ = false;
   char* start = buffer_.data() + handedOut_;
   void* nul = std::memchr(start, '\0', held_ - handedOut_);
   if (nul != nullptr) {
     handedOut_ = static_cast<size_t>(static_cast<char*>(nul) - buffer_.data()) + 1;
-    return start;
+    if (!dropping_) return start;
+    // The end of a message too long: it comes out as the empty text of its
+    // NUL.
+    dropping_ = false;
+    lastDropped_ = true;
+    return static_cast<char*>(nul);
+  }
+  if (dropping_) {
+    held_ = handedOut_ = 0;
+    return nullptr;
   }
   // No complete message: keep the start of the next one at the front.
   std::memmove(buffer_.data(), start, held_ - handedOut_);
   held_ -= handedOut_;
   handedOut_ = 0;
+  if (held_ == kMessageSize) {
+    // Full and no end: too long. The rest of it is dropped as it comes.
+    dropping_ = true;
+    held_ = 0;
+  }
   return nullptr;
 }
 

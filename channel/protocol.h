@@ -44,6 +44,10 @@ constexpr int kLastRequestCode = kDeleteAllSymbolsForObjects;
 // that the request does not fit: `message` then holds a cut text that must
 // not be sent. A null text is written as empty text.
 
+// True when `text` (null counts as empty) can travel as a field: it holds no
+// vertical tab, which would shift the fields after it.
+bool IsFieldText(const char* text);
+
 // The code, then " %d" for each number, each written as a signed 32-bit
 // number: requests 1, 2, 5, 6 and 8 to 13 (8 has no number, hence no space).
 size_t FormatNumbers(Message& message, RequestCode code, std::initializer_list<int64_t> numbers);
@@ -81,7 +85,9 @@ std::array<int32_t, N> ParseNumbers(const char* arguments) {
 }
 
 // The first `count` fields of a tab-separated argument text, split in place
-// with the platform's tokenizer; a missing field counts as empty text.
+// at each tab, by position: two adjacent tabs hold an empty field, and a
+// missing field counts as empty text. The last field runs to the end of the
+// text.
 void SplitFields(char* arguments, const char** fields, size_t count);
 template <size_t N>
 std::array<const char*, N> SplitFields(char* arguments) {
@@ -125,7 +131,10 @@ int ParseAnswer(const char* answer);
 
 // Collects received bytes into messages that end at their NUL: a message
 // split across reads is completed by later reads, and several messages in
-// one read come out one at a time. Holds at most kMessageSize bytes.
+// one read come out one at a time. Holds at most kMessageSize bytes: a
+// longer message is dropped whole, up to and including its NUL, and comes
+// out as one empty message in its place, so that nothing of it is served and
+// answers keep their order.
 class MessageAssembler {
  public:
   // Where the next read may write, and how many bytes it may write.
@@ -138,16 +147,20 @@ class MessageAssembler {
   // null when none is complete (what is held of the next one then moves to
   // the front of the buffer).
   char* Next();
-  // True when the buffer is full and holds no complete message: the message
-  // being received is longer than kMessageSize.
-  bool Overflowed() const { return held_ == kMessageSize && handedOut_ == 0; }
+  // True when the message Next returned last stands for a dropped one.
+  bool LastDropped() const { return lastDropped_; }
   // Forgets everything held.
-  void Clear() { held_ = handedOut_ = 0; }
+  void Clear() {
+    held_ = handedOut_ = 0;
+    dropping_ = lastDropped_ = false;
+  }
 
  private:
   Message buffer_{};
-  size_t held_ = 0;       // bytes in the buffer
-  size_t handedOut_ = 0;  // bytes of messages already returned by Next
+  size_t held_ = 0;        // bytes in the buffer
+  size_t handedOut_ = 0;   // bytes of messages already returned by Next
+  bool dropping_ = false;  // the bytes held belong to a message too long
+  bool lastDropped_ = false;
 };
 
 }  // namespace skiff::channel

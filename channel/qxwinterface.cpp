@@ -1,6 +1,5 @@
 #include "channel/qxwinterface.h"
 
-#include <netdb.h>
 #include <netinet/tcp.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -8,6 +7,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdio>
+#include <functional>
 #include <mutex>
 
 #include "bridge/text.h"
@@ -15,7 +15,6 @@
 #include "channel/protocol.h"
 #include "channel/socketio.h"
 #include "dispatcher/main.h"
-#include "platform/qxcommon.h"
 
 using skiff::channel::FormatMatchingSymbols;
 using skiff::channel::FormatNodeParentPath;
@@ -27,15 +26,20 @@ using skiff::jni::JavaMethod;
 
 int s_ThreadCallbackSocketDescriptor = 0;
 
-JavaVM* QxwInterface::m_pJVM = nullptr;
-jobject QxwInterface::m_object = nullptr;
-jclass QxwInterface::m_class = nullptr;
-JavaMethod QxwInterface::m_printError{"printError", "(Ljava/lang/String;)V", JavaMethod::Static};
-JavaMethod QxwInterface::m_setConnectionResults{"setConnectionResults", "(ZLjava/lang/String;Z)V",
-                                                JavaMethod::Instance};
+const JavaMethod QxwInterface::m_printError{"printError", "(Ljava/lang/String;)V",
+                                            JavaMethod::Static, 0};
+const JavaMethod QxwInterface::m_setConnectionResults{
+    "setConnectionResults", "(ZLjava/lang/String;Z)V", JavaMethod::Instance, 1};
 int QxwInterface::m_doUseVerboseMode = 0;
 
 namespace {
+
+// Every Java client object ever opened, and the one in use.
+skiff::jni::PeerRegistry& Peers() {
+  static skiff::jni::PeerRegistry peers(
+      "QxwInterface::Open", {&QxwInterface::m_printError, &QxwInterface::m_setConnectionResults});
+  return peers;
+}
 
 // Held while a request is sent and its answer read, and while the connection
 // is made or closed.
@@ -44,14 +48,11 @@ std::mutex s_requestLock;
 // connects.
 std::atomic<in_port_t> s_clientPort{0};
 
-// The IPv4 address of the loopback host, in network byte order.
-in_addr_t getLoopbackAddr() {
-  hostent* host = gethostbyname_new("localhost");
-  if (host != nullptr && host->h_addrtype == AF_INET && host->h_addr_list[0] != nullptr) {
-    return reinterpret_cast<in_addr*>(host->h_addr_list[0])->s_addr;
-  }
-  return htonl(INADDR_LOOPBACK);
-}
+// The IPv4 address of the request server, in network byte order: always
+// 127.0.0.1, where it listens, whatever the local host name resolves to (on
+// many hosts "localhost" or the host's own name is 127.0.1.1, where nothing
+// listens).
+in_addr_t getLoopbackAddr() { return htonl(INADDR_LOOPBACK); }
 
 // Reads one answer up to its NUL; -1 with errno set when that fails (an end
 // of stream counts as a reset connection).
@@ -64,11 +65,13 @@ int ReadAnswer(int sock) {
       errno = ECONNRESET;
       return -1;
     }
-    if (const char* text = answer.Next()) return skiff::channel::ParseAnswer(text);
-    if (answer.Overflowed()) {
+    const char* text = answer.Next();
+    if (text == nullptr) continue;
+    if (answer.LastDropped()) {
       errno = EMSGSIZE;
       return -1;
     }
+    return skiff::channel::ParseAnswer(text);
   }
 }
 
@@ -76,6 +79,7 @@ int ReadAnswer(int sock) {
 // the request lock. The answer's number; 0 when the request was not sent or
 // no answer was read.
 int Exchange(const char* operation, const Message& request, size_t length) {
+  if (length == 0) return 0;  // not to be sent, and already said why
   if (length > kMessageSize) {
     std::fprintf(stderr,
                  "QxwInterface::%s: request of %zu bytes is longer than %zu bytes, not sent\n",
@@ -100,29 +104,60 @@ int Exchange(const char* operation, const Message& request, size_t length) {
   return answer;
 }
 
-// A request whose arguments are numbers: formatted, sent and answered under
-// the request lock. The answer's number.
-int RequestNumbers(const char* operation, skiff::channel::RequestCode code,
-                   std::initializer_list<int64_t> numbers) {
+// Formats a request into the message; returns the bytes it needs, or 0 for
+// a request not to be sent (having said why).
+using FormatRequest = std::function<size_t(Message&)>;
+
+// Sends the request that `format` writes and reads its answer, under the
+// request lock. The answer's number; 0 when the request was refused, not
+// sent or not answered. Refused on the dispatcher thread, which serves
+// requests and so could never see its own answered.
+int Request(const char* operation, const FormatRequest& format) {
+  if (QxwEventDispatcher::OnDispatcherThread()) {
+    std::fprintf(stderr,
+                 "QxwInterface::%s: called on the dispatcher thread (from a callback), "
+                 "request not sent\n",
+                 operation);
+    return 0;
+  }
   std::lock_guard<std::mutex> lock(s_requestLock);
   Message request;
-  size_t length = FormatNumbers(request, code, numbers);
+  size_t length = format(request);
   return Exchange(operation, request, length);
+}
+
+// A request whose arguments are numbers.
+int RequestNumbers(const char* operation, skiff::channel::RequestCode code,
+                   std::initializer_list<int64_t> numbers) {
+  return Request(operation,
+                 [&](Message& request) { return FormatNumbers(request, code, numbers); });
+}
+
+// True when every text can travel as a field; else says why the request is
+// not sent.
+bool FieldTexts(const char* operation, std::initializer_list<const char*> texts) {
+  for (const char* text : texts) {
+    if (!skiff::channel::IsFieldText(text)) {
+      std::fprintf(stderr,
+                   "QxwInterface::%s: a text argument holds a vertical tab, request not sent\n",
+                   operation);
+      return false;
+    }
+  }
+  return true;
 }
 
 }  // namespace
 
 bool QxwInterface::Open(JNIEnv* pEnv, jobject object) {
   SKIFF_TRACE("QxwInterface::Open");
-  pEnv->GetJavaVM(&m_pJVM);
-  // Earlier references are kept: another thread may still be using them.
-  m_object = pEnv->NewGlobalRef(object);
-  skiff::jni::LocalRef<jclass> cls(pEnv, pEnv->GetObjectClass(object));
-  m_class = static_cast<jclass>(pEnv->NewGlobalRef(cls.get()));
-  skiff::jni::Resolve(pEnv, m_class, m_printError, "QxwInterface::Open");
-  skiff::jni::Resolve(pEnv, m_class, m_setConnectionResults, "QxwInterface::Open");
+  // Earlier bindings stay valid: another thread may still be using them.
+  const skiff::jni::JavaPeer* peer = Peers().Bind(pEnv, object);
+  if (peer != nullptr) Peers().Publish(peer);
   return true;
 }
+
+const skiff::jni::JavaPeer* QxwInterface::Peer() { return Peers().Current(); }
 
 void QxwInterface::Close() {
   SKIFF_TRACE("QxwInterface::Close");
@@ -178,36 +213,36 @@ void QxwInterface::SetVerbose(bool flag) {
 void QxwInterface::SetConnectionResults(bool connectionEstablished, const char* mapName,
                                         bool isReadOnly) {
   SKIFF_TRACE("QxwInterface::SetConnectionResults");
-  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
-  if (pEnv == nullptr) {
+  JNIEnv* pEnv = skiff::jni::AttachedEnv();
+  if (pEnv == nullptr || Peer() == nullptr) {
     std::fputs("QxwInterface::SetConnectionResults: no Java client object is open\n", stderr);
     return;
   }
   skiff::jni::LocalRef<jstring> name(pEnv, mb2jstring(pEnv, mapName));
-  skiff::jni::CallVoid(pEnv, m_object, m_setConnectionResults,
+  skiff::jni::CallVoid(pEnv, Peer(), m_setConnectionResults,
                        static_cast<jboolean>(connectionEstablished), name.get(),
                        static_cast<jboolean>(isReadOnly));
 }
 
 void QxwInterface::PrintError(const char* errorString) {
   SKIFF_TRACE("QxwInterface::PrintError");
-  skiff::jni::PrintErrorInJava(m_pJVM, m_class, m_printError, nullptr, errorString);
+  skiff::jni::PrintErrorInJava(Peer(), m_printError, nullptr, errorString);
 }
 
 void QxwInterface::PrintError(const char* context, const char* errorString) {
   SKIFF_TRACE("QxwInterface::PrintError");
-  skiff::jni::PrintErrorInJava(m_pJVM, m_class, m_printError, context, errorString);
+  skiff::jni::PrintErrorInJava(Peer(), m_printError, context, errorString);
 }
 
 bool QxwInterface::GetSubmapAndSymbols(QXwSubmapId submapId) {
   SKIFF_TRACE("QxwInterface::GetSubmapAndSymbols");
-  std::lock_guard<std::mutex> lock(s_requestLock);
-  // The first submap request makes the one connection.
-  if (s_ThreadCallbackSocketDescriptor == 0 && !Connect()) return false;
-  if (submapId == 0) submapId = QxwEventDispatcher::GetRootSubmapId();
-  Message request;
-  size_t length = FormatNumbers(request, skiff::channel::kGetSubmapAndSymbols, {submapId});
-  return Exchange("GetSubmapAndSymbols", request, length) != 0;
+  return Request("GetSubmapAndSymbols", [submapId](Message& request) mutable -> size_t {
+           // The first submap request makes the one connection (under the
+           // request lock, as Request calls this).
+           if (s_ThreadCallbackSocketDescriptor == 0 && !Connect()) return 0;
+           if (submapId == 0) submapId = QxwEventDispatcher::GetRootSubmapId();
+           return FormatNumbers(request, skiff::channel::kGetSubmapAndSymbols, {submapId});
+         }) != 0;
 }
 
 bool QxwInterface::GetSymbolRowData(QXwSymbolId symbolId, QXwObjectId objectId,
@@ -220,21 +255,20 @@ bool QxwInterface::GetSymbolRowData(QXwSymbolId symbolId, QXwObjectId objectId,
 void QxwInterface::GetNodeSymbol(const char* selectionName, const char* parentSelectionName,
                                  QXwSubmapId customSubmapId, bool doRecreateParentPath) {
   SKIFF_TRACE("QxwInterface::GetNodeSymbol");
-  std::lock_guard<std::mutex> lock(s_requestLock);
-  Message request;
-  size_t length = FormatNodeSymbol(request, selectionName, parentSelectionName, customSubmapId,
-                                   doRecreateParentPath);
-  Exchange("GetNodeSymbol", request, length);
+  if (!FieldTexts("GetNodeSymbol", {selectionName, parentSelectionName})) return;
+  Request("GetNodeSymbol", [&](Message& request) {
+    return FormatNodeSymbol(request, selectionName, parentSelectionName, customSubmapId,
+                            doRecreateParentPath);
+  });
 }
 
 void QxwInterface::GetNodeParentPath(const char* hostnameOrIPAddress,
                                      const char* parentSelectionName, int numRootObjects) {
   SKIFF_TRACE("QxwInterface::GetNodeParentPath");
-  std::lock_guard<std::mutex> lock(s_requestLock);
-  Message request;
-  size_t length =
-      FormatNodeParentPath(request, hostnameOrIPAddress, parentSelectionName, numRootObjects);
-  Exchange("GetNodeParentPath", request, length);
+  if (!FieldTexts("GetNodeParentPath", {hostnameOrIPAddress, parentSelectionName})) return;
+  Request("GetNodeParentPath", [&](Message& request) {
+    return FormatNodeParentPath(request, hostnameOrIPAddress, parentSelectionName, numRootObjects);
+  });
 }
 
 void QxwInterface::GetSymbolParentPath(QXwSymbolId symbolId, QXwSubmapId submapSymbolLivesOn,
@@ -253,11 +287,11 @@ void QxwInterface::GetOtherSymbols(QXwSymbolId symbolId, QXwObjectId objectId, i
 void QxwInterface::GetMatchingSymbols(int queryCategoryType, int queryMatchType,
                                       const char* queryString, int numRootObjects) {
   SKIFF_TRACE("QxwInterface::GetMatchingSymbols");
-  std::lock_guard<std::mutex> lock(s_requestLock);
-  Message request;
-  size_t length = FormatMatchingSymbols(request, queryCategoryType, queryMatchType, queryString,
-                                        numRootObjects);
-  Exchange("GetMatchingSymbols", request, length);
+  if (!FieldTexts("GetMatchingSymbols", {queryString})) return;
+  Request("GetMatchingSymbols", [&](Message& request) {
+    return FormatMatchingSymbols(request, queryCategoryType, queryMatchType, queryString,
+                                 numRootObjects);
+  });
 }
 
 void QxwInterface::GetLocationScopingInfo() {

@@ -23,15 +23,17 @@ class QxwInterface {
  public:
   QxwInterface() = delete;
 
-  static JavaVM* m_pJVM;
-  static jobject m_object;                     // global reference to the Java client object
-  static jclass m_class;                       // global reference to its class
-  static skiff::jni::JavaMethod m_printError;  // static, "(Ljava/lang/String;)V"
-  static skiff::jni::JavaMethod m_setConnectionResults;  // "(ZLjava/lang/String;Z)V"
+  static const skiff::jni::JavaMethod m_printError;            // static
+  static const skiff::jni::JavaMethod m_setConnectionResults;  // instance
   static int m_doUseVerboseMode;
 
-  // Takes the Java client object and resolves its two methods. Always true.
+  // Binds the Java client object with its two methods and makes it the one
+  // in use (an earlier binding stays valid for whoever holds it). Always
+  // true.
   static bool Open(JNIEnv* pEnv, jobject object);
+  // The Java client object in use, with its class and method ids; null
+  // before open. Any thread.
+  static const skiff::jni::JavaPeer* Peer();
   // Closes the connection; later requests are not sent.
   static void Close();
   // Makes the one connection to the request server, from a socket bound to
@@ -53,7 +55,10 @@ class QxwInterface {
 
   // The request operations, one per request code. Requests 1 and 2 return
   // the answer; a request that was not sent, or whose answer could not be
-  // read, counts as answered 0.
+  // read, counts as answered 0. A request is refused with a message, and not
+  // sent, when it would not fit in a message, when a text argument holds a
+  // vertical tab, or when it is made on the dispatcher thread (from inside a
+  // callback), which could never serve it.
 
   // Connects first when there is no connection yet; submap 0 stands for the
   // open map's root submap.

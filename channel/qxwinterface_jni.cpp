@@ -5,9 +5,8 @@
 #include "com_quenda_skiff_trellis_server_QxwInterface.h"
 
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
 
+#include "bridge/arrays.h"
 #include "bridge/exports.h"
 #include "bridge/text.h"
 #include "channel/qxwinterface.h"
@@ -84,19 +83,18 @@ JNIEXPORT void JNICALL Java_com_quenda_skiff_trellis_server_QxwInterface_getMatc
     jint numRootObjects) {
   SKIFF_EXPORTED_METHOD();
   // The pattern crosses in the platform's character set, with a NUL added.
-  skiff::jni::LocalRef<jbyteArray> bytes(pEnv, jstring2mb(pEnv, queryString));
-  const jsize length = bytes ? pEnv->GetArrayLength(bytes.get()) : 0;
-  std::unique_ptr<char, decltype(&std::free)> pattern(
-      static_cast<char*>(std::malloc(4 * static_cast<size_t>(length) + 4)), &std::free);
-  if (pattern == nullptr) {
+  skiff::jni::PlatformText pattern = skiff::jni::PlatformTextOf(pEnv, queryString);
+  if (pattern.outOfMemory) {
     std::fputs("getMatchingSybmolsInternal: unable to malloc, not enough memory\n", stderr);
     return;
   }
-  if (length > 0) {
-    pEnv->GetByteArrayRegion(bytes.get(), 0, length, reinterpret_cast<jbyte*>(pattern.get()));
+  if (pattern.HoldsNul()) {
+    // It would arrive cut short at its first NUL and find something else.
+    std::fputs("QxwInterface::GetMatchingSymbols: the query text holds a NUL, request not sent\n",
+               stderr);
+    return;
   }
-  pattern.get()[length] = '\0';
-  QxwInterface::GetMatchingSymbols(queryCategoryType, queryMatchType, pattern.get(),
+  QxwInterface::GetMatchingSymbols(queryCategoryType, queryMatchType, pattern.text.get(),
                                    numRootObjects);
 }
 

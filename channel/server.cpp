@@ -154,12 +154,21 @@ int AcceptOwnClient(int listener) {
   }
 }
 
+// The accepted client connection, -1 while none.
+int s_clientConnection = -1;
+
+// Stops watching the client connection and closes it; nothing without one.
+void CloseClientConnection() {
+  if (s_clientInput != 0) QXwRemoveInput(s_clientInput);
+  s_clientInput = 0;
+  if (s_clientConnection >= 0) close(s_clientConnection);
+  s_clientConnection = -1;
+  s_received.Clear();
+}
+
 // The client closed the connection: stop watching it and close it.
 void EndOfStream(int socketDescriptor) {
-  QXwRemoveInput(s_clientInput);
-  s_clientInput = 0;
-  close(socketDescriptor);
-  s_received.Clear();
+  CloseClientConnection();
   if (QxwEventDispatcher::m_doUseVerboseMode) {
     std::fprintf(stderr, "QxwEventDispatcher::ServiceJavaRequestCB: connection closed (sock:%d)\n",
                  socketDescriptor);
@@ -202,12 +211,18 @@ void QxwEventDispatcher::EnableJavaCallbacks(bool connectionEstablished) {
   if (connection < 0) return;
   const int noDelay = 1;
   setsockopt(connection, IPPROTO_TCP, TCP_NODELAY, &noDelay, sizeof(noDelay));
+  s_clientConnection = connection;
   s_clientInput = QXwAddInput(connection, QXW_INPUT_READABLE, ServiceJavaRequestCB, nullptr);
   if (s_clientInput == 0) {
     std::fputs("QxwEventDispatcher::EnableJavaCallbacks: QXwAddInput() failed\n", stderr);
     // Closed, so that the client's read ends instead of waiting forever.
-    close(connection);
+    CloseClientConnection();
   }
+}
+
+void QxwEventDispatcher::DisableJavaCallbacks() {
+  SKIFF_TRACE("QxwEventDispatcher::DisableJavaCallbacks");
+  CloseClientConnection();
 }
 
 void QxwEventDispatcher::ServiceJavaRequestCB(int socketDescriptor, void* userData) {
@@ -223,13 +238,15 @@ void QxwEventDispatcher::ServiceJavaRequestCB(int socketDescriptor, void* userDa
     EndOfStream(socketDescriptor);
     return;
   }
-  // Only whole messages are served; a partial one waits for the rest.
-  while (char* message = s_received.Next()) Answer(socketDescriptor, Serve(message));
-  if (s_received.Overflowed()) {
-    std::fprintf(stderr,
-                 "QxwEventDispatcher::ServiceJavaRequestCB: request longer than %zu bytes "
-                 "discarded (sock:%d)\n",
-                 kMessageSize, socketDescriptor);
-    s_received.Clear();
+  // Only whole messages are served; a partial one waits for the rest. A
+  // message too long comes as an empty one, which is answered "0".
+  while (char* message = s_received.Next()) {
+    if (s_received.LastDropped()) {
+      std::fprintf(stderr,
+                   "QxwEventDispatcher::ServiceJavaRequestCB: request longer than %zu bytes "
+                   "dropped (sock:%d)\n",
+                   kMessageSize, socketDescriptor);
+    }
+    Answer(socketDescriptor, Serve(message));
   }
 }

@@ -32,9 +32,9 @@ jboolean IsNode(const QXwSymbolInfo& symbol) {
 class MapSyncBracket {
  public:
   explicit MapSyncBracket(JNIEnv* pEnv) : env_(pEnv) {
-    CallVoid(env_, Dispatcher::m_object, Dispatcher::m_beginMapSync);
+    CallVoid(env_, Dispatcher::Peer(), Dispatcher::m_beginMapSync);
   }
-  ~MapSyncBracket() { CallVoid(env_, Dispatcher::m_object, Dispatcher::m_endMapSync); }
+  ~MapSyncBracket() { CallVoid(env_, Dispatcher::Peer(), Dispatcher::m_endMapSync); }
 
   MapSyncBracket(const MapSyncBracket&) = delete;
   MapSyncBracket& operator=(const MapSyncBracket&) = delete;
@@ -44,7 +44,7 @@ class MapSyncBracket {
 };
 
 bool SubmapInCache(JNIEnv* pEnv, QXwSubmapId submapId) {
-  return CallBoolean(pEnv, Dispatcher::m_object, Dispatcher::m_submapInCache,
+  return CallBoolean(pEnv, Dispatcher::Peer(), Dispatcher::m_submapInCache,
                      skiff::JavaId(submapId));
 }
 
@@ -52,7 +52,7 @@ bool SubmapInCache(JNIEnv* pEnv, QXwSubmapId submapId) {
 // synchronizeLayoutAppearance.
 void RefreshSubmap(JNIEnv* pEnv, QXwSubmapId submapId) {
   Dispatcher::RefreshSubmapSymbolPositions(pEnv, submapId);
-  CallVoid(pEnv, Dispatcher::m_object, Dispatcher::m_synchronizeLayoutAppearance,
+  CallVoid(pEnv, Dispatcher::Peer(), Dispatcher::m_synchronizeLayoutAppearance,
            skiff::JavaId(submapId));
 }
 
@@ -63,7 +63,7 @@ void ReportPosition(JNIEnv* pEnv, const QXwSymbolInfo& symbol, bool fromMoveEven
   const QXwSymbolPosition& position = symbol.var_un.position;
   const QXwSymbolId predSymbolId =
       position.placement == QXW_PLACEMENT_AFTER ? position.un.pred_symbol : 0;
-  CallVoid(pEnv, Dispatcher::m_object, Dispatcher::m_symbolMovedCB, skiff::JavaId(symbol.symbol_id),
+  CallVoid(pEnv, Dispatcher::Peer(), Dispatcher::m_symbolMovedCB, skiff::JavaId(symbol.symbol_id),
            skiff::JavaId(symbol.submap_id), static_cast<jint>(position.placement),
            static_cast<jint>(position.un.coords.x), static_cast<jint>(position.un.coords.y),
            skiff::JavaId(predSymbolId), static_cast<jboolean>(fromMoveEvent),
@@ -89,14 +89,14 @@ void ReportSymbolBatch(JNIEnv* pEnv, const QXwSymbolList* pSymbols, Visit visit)
 // Hidden or unhidden symbols of loaded submaps: the callback, then the
 // submap is touched.
 void ReportVisibilityChange(const QXwSymbolList* pSymbols, const skiff::jni::JavaMethod& callback) {
-  JNIEnv* pEnv = skiff::jni::AttachedEnv(Dispatcher::m_pJVM);
-  ReportSymbolBatch(
-      pEnv, pSymbols, [pEnv, &callback](const QXwSymbolInfo& symbol, SubmapHashtable& touched) {
-        if (!SubmapInCache(pEnv, symbol.submap_id)) return;
-        CallVoid(pEnv, Dispatcher::m_object, callback, skiff::JavaId(symbol.symbol_id),
-                 skiff::JavaId(symbol.submap_id), IsNode(symbol));
-        touched.AddIfNeeded(symbol.submap_id);
-      });
+  JNIEnv* pEnv = skiff::jni::AttachedEnv();
+  ReportSymbolBatch(pEnv, pSymbols,
+                    [pEnv, &callback](const QXwSymbolInfo& symbol, SubmapHashtable& touched) {
+                      if (!SubmapInCache(pEnv, symbol.submap_id)) return;
+                      CallVoid(pEnv, Dispatcher::Peer(), callback, skiff::JavaId(symbol.symbol_id),
+                               skiff::JavaId(symbol.submap_id), IsNode(symbol));
+                      touched.AddIfNeeded(symbol.submap_id);
+                    });
 }
 
 // A handler as a registration takes it. HandlerType is the handler type of
@@ -174,7 +174,7 @@ void QxwEventDispatcher::SymbolsUnhiddenCB(void*, int, QXwMapInfo*, QXwSymbolLis
 void QxwEventDispatcher::SymbolsCreatedCB(void*, int, QXwMapInfo*, QXwSymbolList* pSymbols) {
   SKIFF_TRACE("QxwEventDispatcher::SymbolsCreatedCB");
   skiff::DispatcherVerbose("SymbolsCreatedCB\n");
-  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  JNIEnv* pEnv = skiff::jni::AttachedEnv();
   ReportSymbolBatch(pEnv, pSymbols, [pEnv](const QXwSymbolInfo& symbol, SubmapHashtable& touched) {
     // Both steps concern every created symbol, on a loaded submap or not.
     if (m_thisQxwSessionEnablesLocationTracking && m_doSetLocationIDFieldInCallbacks) {
@@ -193,19 +193,18 @@ void QxwEventDispatcher::SymbolsCreatedCB(void*, int, QXwMapInfo*, QXwSymbolList
       symbolObject = AddConnectionSymbol(pEnv, &symbol);
     }
     touched.AddIfNeeded(symbol.submap_id);
-    CallVoid(pEnv, m_object, m_symbolCreatedCB, symbolObject.get(),
-             skiff::JavaId(symbol.submap_id));
+    CallVoid(pEnv, Peer(), m_symbolCreatedCB, symbolObject.get(), skiff::JavaId(symbol.submap_id));
   });
 }
 
 void QxwEventDispatcher::SymbolsDeletedCB(void*, int, QXwMapInfo*, QXwSymbolList* pSymbols) {
   SKIFF_TRACE("QxwEventDispatcher::SymbolsDeletedCB");
   skiff::DispatcherVerbose("SymbolsDeletedCB\n");
-  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  JNIEnv* pEnv = skiff::jni::AttachedEnv();
   ReportSymbolBatch(pEnv, pSymbols, [pEnv](const QXwSymbolInfo& symbol, SubmapHashtable& touched) {
     if (!SubmapInCache(pEnv, symbol.submap_id)) return;
     touched.AddIfNeeded(symbol.submap_id);
-    CallVoid(pEnv, m_object, m_symbolDeletedCB, skiff::JavaId(symbol.symbol_id),
+    CallVoid(pEnv, Peer(), m_symbolDeletedCB, skiff::JavaId(symbol.symbol_id),
              skiff::JavaId(symbol.submap_id), IsNode(symbol));
   });
 }
@@ -213,10 +212,10 @@ void QxwEventDispatcher::SymbolsDeletedCB(void*, int, QXwMapInfo*, QXwSymbolList
 void QxwEventDispatcher::SymbolsStatusChangeCB(void*, int, QXwMapInfo*, QXwSymbolList* pSymbols) {
   SKIFF_TRACE("QxwEventDispatcher::SymbolsStatusChangeCB");
   skiff::DispatcherVerbose("SymbolsStatusChangeCB\n");
-  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  JNIEnv* pEnv = skiff::jni::AttachedEnv();
   for (int i = 0; pSymbols != nullptr && i < pSymbols->count; ++i) {
     const QXwSymbolInfo& symbol = pSymbols->symbols[i];
-    CallVoid(pEnv, m_object, m_symbolStatusChangeCB, skiff::JavaId(symbol.symbol_id),
+    CallVoid(pEnv, Peer(), m_symbolStatusChangeCB, skiff::JavaId(symbol.symbol_id),
              skiff::JavaId(symbol.submap_id), static_cast<jint>(symbol.symbol_status),
              IsNode(symbol));
   }
@@ -225,7 +224,7 @@ void QxwEventDispatcher::SymbolsStatusChangeCB(void*, int, QXwMapInfo*, QXwSymbo
 void QxwEventDispatcher::SymbolMovedCB(void*, int, QXwMapInfo*, QXwSymbolInfo* pSymbol) {
   SKIFF_TRACE("QxwEventDispatcher::SymbolMovedCB");
   skiff::DispatcherVerbose("SymbolMovedCB\n");
-  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  JNIEnv* pEnv = skiff::jni::AttachedEnv();
   MapSyncBracket bracket(pEnv);
   if (pSymbol == nullptr || pSymbol->symbol_variety != QXW_SYMBOL_ICON) return;
   const int placement = pSymbol->var_un.position.placement;
@@ -240,8 +239,8 @@ void QxwEventDispatcher::SymbolNormalizeChangeCB(void*, int, QXwMapInfo*, QXwSym
   SKIFF_TRACE("QxwEventDispatcher::SymbolNormalizeChangeCB");
   skiff::DispatcherVerbose("SymbolNormalizeChangeCB\n");
   if (pSymbol == nullptr || pSymbol->symbol_variety != QXW_SYMBOL_ICON) return;
-  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
-  CallVoid(pEnv, m_object, m_symbolNormalizeChangeCB, skiff::JavaId(pSymbol->symbol_id),
+  JNIEnv* pEnv = skiff::jni::AttachedEnv();
+  CallVoid(pEnv, Peer(), m_symbolNormalizeChangeCB, skiff::JavaId(pSymbol->symbol_id),
            skiff::JavaId(pSymbol->submap_id), static_cast<jboolean>(isNormalized != 0));
 }
 
@@ -249,10 +248,10 @@ void QxwEventDispatcher::SubmapsCreatedCB(void*, int, QXwMapInfo*, QXwSubmapList
   SKIFF_TRACE("QxwEventDispatcher::SubmapsCreatedCB");
   skiff::DispatcherVerbose("SubmapsCreatedCB\n");
   if (pSubmaps == nullptr) return;
-  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  JNIEnv* pEnv = skiff::jni::AttachedEnv();
   for (int i = 0; i < pSubmaps->count; ++i) {
     const QXwSubmapInfo& submap = pSubmaps->submaps[i];
-    CallVoid(pEnv, m_object, m_submapCreatedCB, skiff::JavaId(submap.submap_id),
+    CallVoid(pEnv, Peer(), m_submapCreatedCB, skiff::JavaId(submap.submap_id),
              skiff::JavaId(submap.parent_object_id));
   }
 }
@@ -261,11 +260,11 @@ void QxwEventDispatcher::SubmapsDeletedCB(void*, int, QXwMapInfo*, QXwSubmapList
   SKIFF_TRACE("QxwEventDispatcher::SubmapsDeletedCB");
   skiff::DispatcherVerbose("SubmapsDeletedCB\n");
   if (pSubmaps == nullptr) return;
-  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  JNIEnv* pEnv = skiff::jni::AttachedEnv();
   for (int i = 0; i < pSubmaps->count; ++i) {
     QXwSubmapInfo& submap = pSubmaps->submaps[i];
     ScopingCache::SubmapHasBeenDeleted(&submap);
-    CallVoid(pEnv, m_object, m_submapDeletedCB, skiff::JavaId(submap.submap_id),
+    CallVoid(pEnv, Peer(), m_submapDeletedCB, skiff::JavaId(submap.submap_id),
              skiff::JavaId(submap.parent_object_id));
   }
 }
@@ -274,11 +273,11 @@ void QxwEventDispatcher::SubmapAutoLayoutChangeCB(void*, int, QXwMapInfo*, QXwSu
   SKIFF_TRACE("QxwEventDispatcher::SubmapAutoLayoutChangeCB");
   skiff::DispatcherVerbose("SubmapAutoLayoutChangeCB\n");
   if (pSubmap == nullptr) return;
-  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  JNIEnv* pEnv = skiff::jni::AttachedEnv();
   const bool layoutOn = pSubmap->layout_on != 0;
   std::optional<MapSyncBracket> bracket;
   if (layoutOn) bracket.emplace(pEnv);
-  CallVoid(pEnv, m_object, m_submapAutoLayoutChangeCB, skiff::JavaId(pSubmap->submap_id),
+  CallVoid(pEnv, Peer(), m_submapAutoLayoutChangeCB, skiff::JavaId(pSubmap->submap_id),
            skiff::JavaId(pSubmap->parent_object_id), static_cast<jboolean>(layoutOn));
   if (layoutOn) RefreshSubmap(pEnv, pSubmap->submap_id);
 }

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+#include "bridge/properties.h"
 #include "bridge/text.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/fieldinfocache.h"
@@ -16,7 +17,6 @@
 #include "dispatcher/main.h"
 #include "platform/qxwdb.h"
 
-using skiff::jni::JavaMethod;
 using skiff::jni::LocalRef;
 
 namespace skiff {
@@ -55,7 +55,7 @@ std::vector<ToolTipProperty> RenderToolTipFields(const QXwFieldBindList& binding
       // Of the list fields only the interface list is shown, and not on a
       // large database.
       if (!isLargeDb && binding.field_id == QxwEventDispatcher::s_TopMInterfaceListFieldId) {
-        RenderInterfaceList(value->un.list_val, properties);
+        RenderInterfaceList(StringListValue(value), properties);
       }
       continue;
     }
@@ -86,32 +86,6 @@ std::vector<ToolTipProperty> RenderToolTipFields(const QXwFieldBindList& binding
 
 }  // namespace skiff
 
-namespace {
-
-// java.util.Properties, its constructor and Hashtable's put, resolved by the
-// first call that builds properties and kept for the life of the process.
-struct PropertiesClass {
-  jclass cls = nullptr;
-  jclass hashtable = nullptr;
-  JavaMethod init{"<init>", "()V", JavaMethod::Instance};
-  JavaMethod put{"put", "(Ljava/lang/Object;Ljava/lang/Object;)Ljava/lang/Object;",
-                 JavaMethod::Instance};
-
-  explicit PropertiesClass(JNIEnv* pEnv) {
-    cls = skiff::jni::FindGlobalClass(pEnv, "java/util/Properties");
-    hashtable = skiff::jni::FindGlobalClass(pEnv, "java/util/Hashtable");
-    if (cls != nullptr) skiff::jni::Resolve(pEnv, cls, init, "GetObjectFieldValues");
-    if (hashtable != nullptr) skiff::jni::Resolve(pEnv, hashtable, put, "GetObjectFieldValues");
-  }
-};
-
-const PropertiesClass& Properties(JNIEnv* pEnv) {
-  static const PropertiesClass properties(pEnv);
-  return properties;
-}
-
-}  // namespace
-
 bool QxwEventDispatcher::IsToolTipField(QXwFieldId fieldId) {
   SKIFF_TRACE("QxwEventDispatcher::IsToolTipField");
   // Filled by the first call, which comes after CacheFieldIds: the table is
@@ -132,9 +106,7 @@ skiff::jni::LocalRef<jobject> QxwEventDispatcher::GetObjectFieldValues(JNIEnv* p
                                                                        QXwObjectId objectId) {
   SKIFF_TRACE("QxwEventDispatcher::GetObjectFieldValues");
   skiff::DispatcherVerbose("QxwEventDispatcher::GetObjectFieldValues\n");
-  const PropertiesClass& propertiesClass = Properties(pEnv);
-  LocalRef<jobject> properties =
-      skiff::jni::NewObject(pEnv, propertiesClass.cls, propertiesClass.init);
+  LocalRef<jobject> properties = skiff::jni::NewProperties(pEnv);
   if (!properties || objectId == 0) return properties;
 
   skiff::FieldBindListPtr bindings(QXwDbGetFieldValues(objectId));
@@ -145,9 +117,7 @@ skiff::jni::LocalRef<jobject> QxwEventDispatcher::GetObjectFieldValues(JNIEnv* p
     LocalRef<jstring> value =
         property.isPlatformText ? LocalRef<jstring>(pEnv, mb2jstring(pEnv, property.value.c_str()))
                                 : skiff::jni::NewUtf8String(pEnv, property.value.c_str());
-    if (!key || !value) continue;
-    // put's result is the value it replaced.
-    skiff::jni::CallObject(pEnv, properties.get(), propertiesClass.put, key.get(), value.get());
+    skiff::jni::PutProperty(pEnv, properties.get(), key.get(), value.get());
   }
   return properties;
 }

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <thread>
 
 #include "bridge/text.h"
 #include "bridge/tracescope.h"
@@ -14,9 +15,6 @@
 
 using skiff::jni::JavaMethod;
 
-JavaVM* QxwEventDispatcher::m_pJVM = nullptr;
-jobject QxwEventDispatcher::m_object = nullptr;
-jclass QxwEventDispatcher::m_class = nullptr;
 QXwMapInfo* QxwEventDispatcher::m_pMap = nullptr;
 char* QxwEventDispatcher::m_mapNameForLocationTracking = nullptr;
 int QxwEventDispatcher::m_thisQxwSessionEnablesLocationTracking = 0;
@@ -25,10 +23,11 @@ int QxwEventDispatcher::m_doSetLocationIDFieldInCallbacks = 0;
 int QxwEventDispatcher::m_doSyncLocationIDFieldInSubLocations = 0;
 int QxwEventDispatcher::m_doSyncLocationIDFieldInNetworks = 0;
 int QxwEventDispatcher::m_doUseVerboseMode = 0;
+bool QxwEventDispatcher::m_sessionEnded = false;
 sockaddr_in QxwEventDispatcher::m_JavaCallbackSocketName{};
 
 #define SKIFF_DEFINE_JAVA_METHOD(name, signature, kind) \
-  JavaMethod QxwEventDispatcher::m_##name{#name, signature, JavaMethod::kind};
+  const JavaMethod QxwEventDispatcher::m_##name{#name, signature, JavaMethod::kind, kSlot_##name};
 SKIFF_DISPATCHER_JAVA_METHODS(SKIFF_DEFINE_JAVA_METHOD)
 #undef SKIFF_DEFINE_JAVA_METHOD
 
@@ -38,8 +37,22 @@ SKIFF_DISPATCHER_FIELDS(SKIFF_DEFINE_FIELD_ID)
 
 namespace {
 
+// The dispatcher thread while it serves requests; none otherwise.
+std::atomic<std::thread::id> s_dispatcherThread{};
+
 // The root submap id of the open map, for client threads.
 std::atomic<QXwSubmapId> s_rootSubmapId{0};
+
+// Every Java dispatcher object ever bound, and the one in use.
+skiff::jni::PeerRegistry& Peers() {
+  static skiff::jni::PeerRegistry peers("QxwEventDispatcher::Open",
+                                        {
+#define SKIFF_LIST_JAVA_METHOD(name, signature, kind) &QxwEventDispatcher::m_##name,
+                                            SKIFF_DISPATCHER_JAVA_METHODS(SKIFF_LIST_JAVA_METHOD)
+#undef SKIFF_LIST_JAVA_METHOD
+                                        });
+  return peers;
+}
 
 }  // namespace
 
@@ -49,15 +62,7 @@ bool QxwEventDispatcher::Open(JNIEnv* pEnv, jobject object, const char* mapNameF
                               bool doSyncLocationIDFieldInSubLocations,
                               bool doSyncLocationIDFieldInNetworks) {
   SKIFF_TRACE("QxwEventDispatcher::Open");
-  pEnv->GetJavaVM(&m_pJVM);
-  // A repeated connect replaces the object. Open runs on the dispatcher
-  // thread, the only user of these references, so the earlier ones can go.
-  if (m_object != nullptr) pEnv->DeleteGlobalRef(m_object);
-  if (m_class != nullptr) pEnv->DeleteGlobalRef(m_class);
-  m_object = pEnv->NewGlobalRef(object);
-  skiff::jni::LocalRef<jclass> cls(pEnv, pEnv->GetObjectClass(object));
-  m_class = static_cast<jclass>(pEnv->NewGlobalRef(cls.get()));
-
+  Bind(pEnv, object);
   std::free(m_mapNameForLocationTracking);
   m_mapNameForLocationTracking =
       mapNameForLocationTracking != nullptr ? strdup(mapNameForLocationTracking) : nullptr;
@@ -66,12 +71,20 @@ bool QxwEventDispatcher::Open(JNIEnv* pEnv, jobject object, const char* mapNameF
   m_doSyncLocationIDFieldInSubLocations = doSyncLocationIDFieldInSubLocations;
   m_doSyncLocationIDFieldInNetworks = doSyncLocationIDFieldInNetworks;
 
-#define SKIFF_RESOLVE_JAVA_METHOD(name, signature, kind) \
-  skiff::jni::Resolve(pEnv, m_class, m_##name, "QxwEventDispatcher::Open");
-  SKIFF_DISPATCHER_JAVA_METHODS(SKIFF_RESOLVE_JAVA_METHOD)
-#undef SKIFF_RESOLVE_JAVA_METHOD
   return true;
 }
+
+const skiff::jni::JavaPeer* QxwEventDispatcher::Peer() { return Peers().Current(); }
+
+bool QxwEventDispatcher::Bind(JNIEnv* pEnv, jobject object) {
+  SKIFF_TRACE("QxwEventDispatcher::Bind");
+  const skiff::jni::JavaPeer* peer = Peers().Bind(pEnv, object);
+  if (peer == nullptr) return false;
+  Peers().Publish(peer);
+  return true;
+}
+
+void QxwEventDispatcher::Restore(const skiff::jni::JavaPeer* peer) { Peers().Publish(peer); }
 
 bool QxwEventDispatcher::Connect() {
   SKIFF_TRACE("QxwEventDispatcher::Connect");
@@ -100,6 +113,26 @@ void QxwEventDispatcher::Listen() {
   SKIFF_TRACE("QxwEventDispatcher::Listen");
   while (QXwProcessEvent() >= 0) {
   }
+  if (!m_sessionEnded) {
+    const char* text = QXwErrorMsg(QXwError());
+    std::fprintf(stderr,
+                 "QxwEventDispatcher::Listen: QXwProcessEvent failed: %s; no more events or "
+                 "requests are served\n",
+                 text != nullptr ? text : "");
+  }
+  DisableJavaCallbacks();
+}
+
+QxwEventDispatcher::DispatcherThreadScope::DispatcherThreadScope() {
+  s_dispatcherThread.store(std::this_thread::get_id(), std::memory_order_release);
+}
+
+QxwEventDispatcher::DispatcherThreadScope::~DispatcherThreadScope() {
+  s_dispatcherThread.store(std::thread::id(), std::memory_order_release);
+}
+
+bool QxwEventDispatcher::OnDispatcherThread() {
+  return s_dispatcherThread.load(std::memory_order_acquire) == std::this_thread::get_id();
 }
 
 void QxwEventDispatcher::CacheFieldIds() {
@@ -135,12 +168,12 @@ void QxwEventDispatcher::SetVerbose(bool flag) {
 
 void QxwEventDispatcher::PrintError(const char* errorString) {
   SKIFF_TRACE("QxwEventDispatcher::PrintError");
-  skiff::jni::PrintErrorInJava(m_pJVM, m_class, m_printError, nullptr, errorString);
+  skiff::jni::PrintErrorInJava(Peer(), m_printError, nullptr, errorString);
 }
 
 void QxwEventDispatcher::PrintError(const char* context, const char* errorString) {
   SKIFF_TRACE("QxwEventDispatcher::PrintError");
-  skiff::jni::PrintErrorInJava(m_pJVM, m_class, m_printError, context, errorString);
+  skiff::jni::PrintErrorInJava(Peer(), m_printError, context, errorString);
 }
 
 in_port_t QxwEventDispatcher::GetJavaCallbackSocketPort() {

@@ -103,10 +103,14 @@ class QxwEventDispatcher {
  public:
   QxwEventDispatcher() = delete;
 
+  // The slots of the Java methods in a dispatcher peer's method table.
+  enum MethodSlot {
+#define SKIFF_JAVA_METHOD_SLOT(name, signature, kind) kSlot_##name,
+    SKIFF_DISPATCHER_JAVA_METHODS(SKIFF_JAVA_METHOD_SLOT)
+#undef SKIFF_JAVA_METHOD_SLOT
+  };
+
   // Session state; zero or null until connect.
-  static JavaVM* m_pJVM;
-  static jobject m_object;    // global reference to the Java dispatcher object
-  static jclass m_class;      // global reference to its class
   static QXwMapInfo* m_pMap;  // the open map, null while none; replace it with SetMap
   static char* m_mapNameForLocationTracking;  // owned copy, or null
   static int m_thisQxwSessionEnablesLocationTracking;
@@ -115,10 +119,13 @@ class QxwEventDispatcher {
   static int m_doSyncLocationIDFieldInSubLocations;
   static int m_doSyncLocationIDFieldInNetworks;
   static int m_doUseVerboseMode;
+  // The platform has reported the end of the session.
+  static bool m_sessionEnded;
   // The request server's listening address as the system assigned it.
   static sockaddr_in m_JavaCallbackSocketName;
 
-#define SKIFF_DECLARE_JAVA_METHOD(name, signature, kind) static skiff::jni::JavaMethod m_##name;
+#define SKIFF_DECLARE_JAVA_METHOD(name, signature, kind) \
+  static const skiff::jni::JavaMethod m_##name;
   SKIFF_DISPATCHER_JAVA_METHODS(SKIFF_DECLARE_JAVA_METHOD)
 #undef SKIFF_DECLARE_JAVA_METHOD
 
@@ -126,9 +133,20 @@ class QxwEventDispatcher {
   SKIFF_DISPATCHER_FIELDS(SKIFF_DECLARE_FIELD_ID)
 #undef SKIFF_DECLARE_FIELD_ID
 
-  // Takes the Java dispatcher object and resolves its methods (a method that
-  // does not resolve is reported and never called); stores the map name for
-  // location tracking (copied) and the four flags. Always true.
+  // The Java dispatcher object in use with its class and method ids, bound
+  // together (see bridge/javacall.h); null before the first connect. A
+  // binding stays valid for the life of the process, so the dispatcher thread
+  // may go on with one while a later connect publishes another. Any thread.
+  static const skiff::jni::JavaPeer* Peer();
+  // Binds the Java dispatcher object (a method that does not resolve is
+  // reported and never called) and makes it the one in use. False when Java
+  // fails.
+  static bool Bind(JNIEnv* pEnv, jobject object);
+  // Makes an earlier binding (or none) the one in use again.
+  static void Restore(const skiff::jni::JavaPeer* peer);
+  // Binds the Java dispatcher object; stores the map name for location
+  // tracking (copied) and the four flags. Only before the session runs: the
+  // dispatcher thread owns them afterwards. Always true.
   static bool Open(JNIEnv* pEnv, jobject object, const char* mapNameForLocationTracking,
                    bool doInvokeJavaCallbacksForScopingUpdates,
                    bool doSetLocationIDFieldInCallbacks, bool doSyncLocationIDFieldInSubLocations,
@@ -139,8 +157,24 @@ class QxwEventDispatcher {
   // fields if needed. True when the session is usable (also when the
   // platform has no map information).
   static bool Connect();
-  // Runs the platform's event loop until it can deliver no more events.
+  // Runs the platform's event loop until it can deliver no more events
+  // (saying so on standard error when that was not the end of the session),
+  // then closes the request server's end of the client connection, so that
+  // every later request fails at once instead of waiting for an answer.
   static void Listen();
+  // Marks the calling thread as the dispatcher thread while it is inside
+  // connect or listenForEvents, where it serves client requests.
+  class DispatcherThreadScope {
+   public:
+    DispatcherThreadScope();
+    ~DispatcherThreadScope();
+    DispatcherThreadScope(const DispatcherThreadScope&) = delete;
+    DispatcherThreadScope& operator=(const DispatcherThreadScope&) = delete;
+  };
+  // True on the dispatcher thread while it is inside connect or
+  // listenForEvents. A client request made there could never be served (the
+  // thread would wait on itself). Any thread.
+  static bool OnDispatcherThread();
 
   // Resolves the database fields' ids; a field the database lacks keeps id 0.
   static void CacheFieldIds();
@@ -172,6 +206,8 @@ class QxwEventDispatcher {
   static void EnableJavaCallbacks(bool connectionEstablished);
   // Serves the requests waiting on the client connection and answers them.
   static void ServiceJavaRequestCB(int socketDescriptor, void* userData);
+  // Stops serving: unregisters the client connection and closes it.
+  static void DisableJavaCallbacks();
 
   // Row data of a symbol (dispatcher/rowdata.cpp): the Java dispatcher
   // object's getSymbolRowData string, null when it gave none.
@@ -253,7 +289,8 @@ class QxwEventDispatcher {
       NetworkSubmapNodeInterfacesHashtable* pNetworkSubmapNodeInterfacesHashtable,
       QXwObjectIdHashtable* pInterfaceObjectIdHashtable);
   // Deletes every symbol of each object of getDeleteSymbolsObjectIds, one
-  // platform call per object; objects without symbols are passed over.
+  // platform call per object that has a symbol list (also an empty one);
+  // objects the platform gives no list for are passed over.
   static void DeleteAllSymbolsForObjects(int numObjects);
 
   // Map events (dispatcher/events.cpp). The platform calls these handlers on

@@ -9,8 +9,8 @@ skiff::jni::LocalRef<jstring> QxwEventDispatcher::GetSymbolRowData(QXwSymbolId s
                                                                    int propertySetIndex) {
   SKIFF_TRACE("QxwEventDispatcher::GetSymbolRowData");
   skiff::DispatcherVerbose("QxwEventDispatcher::GetSymbolRowData\n");
-  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
-  return skiff::jni::CallObject<jstring>(pEnv, m_object, m_getSymbolRowData,
+  JNIEnv* pEnv = skiff::jni::AttachedEnv();
+  return skiff::jni::CallObject<jstring>(pEnv, Peer(), m_getSymbolRowData,
                                          static_cast<jint>(symbolId), static_cast<jint>(objectId),
                                          static_cast<jint>(propertySetIndex));
 }

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <vector>
 
+#include "bridge/arrays.h"
 #include "bridge/text.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/fieldinfocache.h"
@@ -32,12 +33,6 @@ std::vector<QXwObjectId> ObjectIds(const QXwObjectList* pObjects) {
   return ids;
 }
 
-// A Java int[] of the ids, which Java sees as signed.
-LocalRef<jintArray> JavaIds(JNIEnv* pEnv, const std::vector<QXwObjectId>& ids) {
-  return skiff::jni::NewIntArray(pEnv, reinterpret_cast<const jint*>(ids.data()),
-                                 static_cast<jsize>(ids.size()));
-}
-
 }  // namespace
 
 void QxwEventDispatcher::EndSessionCB(void*, int, QXwBoolean) {
@@ -46,7 +41,8 @@ void QxwEventDispatcher::EndSessionCB(void*, int, QXwBoolean) {
   // A normal and an abnormal end alike. The platform session goes first, so
   // Java hears of an end that has happened.
   QXwDone();
-  CallVoid(skiff::jni::AttachedEnv(m_pJVM), m_object, m_endSessionCB);
+  m_sessionEnded = true;
+  CallVoid(skiff::jni::AttachedEnv(), Peer(), m_endSessionCB);
   CloseFieldInfoCache();
   ScopingCache::CloseScopeCache();
 }
@@ -60,10 +56,10 @@ void QxwEventDispatcher::MapOpenCB(void*, int, QXwMapInfo* pMap, QXwFieldBindLis
       ShouldEnableLocationTracking(m_pMap, m_mapNameForLocationTracking);
   SynchronizeLocationTrackingIfNeeded();
   // Java has the root submap's contents before it hears that the map is open.
-  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  JNIEnv* pEnv = skiff::jni::AttachedEnv();
   GetSubmapAndSymbols(pMap->root_submap_id);
   LocalRef<jstring> mapName(pEnv, mb2jstring(pEnv, pMap->map_name));
-  CallVoid(pEnv, m_object, m_mapOpenCB, mapName.get(),
+  CallVoid(pEnv, Peer(), m_mapOpenCB, mapName.get(),
            static_cast<jboolean>(pMap->permissions == QXW_MAP_READ_ONLY),
            static_cast<jint>(pMap->root_submap_id));
 }
@@ -72,9 +68,9 @@ void QxwEventDispatcher::MapCloseCB(void*, int, QXwMapInfo* pMap, time_t) {
   SKIFF_TRACE("QxwEventDispatcher::MapCloseCB");
   skiff::DispatcherVerbose("MapCloseCB\n");
   if (pMap != nullptr) {
-    JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+    JNIEnv* pEnv = skiff::jni::AttachedEnv();
     LocalRef<jstring> mapName(pEnv, mb2jstring(pEnv, pMap->map_name));
-    CallVoid(pEnv, m_object, m_mapCloseCB, mapName.get(), static_cast<jint>(pMap->root_submap_id));
+    CallVoid(pEnv, Peer(), m_mapCloseCB, mapName.get(), static_cast<jint>(pMap->root_submap_id));
   }
   RefreshMapInfo();
   // Last: the platform may close the map once it is acknowledged.
@@ -107,7 +103,7 @@ void QxwEventDispatcher::CreateInterfaceObjectsCB(void*, int, QXwMapInfo*,
   skiff::DispatcherVerbose("QxwEventDispatcher::CreateInterfaceObjectsCB\n");
   // Whether locations are tracked does not matter here.
   if (!m_doInvokeJavaCallbacksForScopingUpdates) return;
-  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  JNIEnv* pEnv = skiff::jni::AttachedEnv();
   skiff::ObjectFieldListPtr nodeIds = GetTopMNodeIdFieldValueList(pObjects);
   if (nodeIds == nullptr) return;
   const int asked = pObjects != nullptr ? pObjects->count : 0;
@@ -123,15 +119,16 @@ void QxwEventDispatcher::CreateInterfaceObjectsCB(void*, int, QXwMapInfo*,
   std::vector<QXwObjectId> nodes;
   for (int i = 0; i < nodeIds->count; ++i) {
     const QXwObjectField& entry = nodeIds->objects[i];
-    if (entry.field_value == nullptr) continue;
+    std::optional<int> node = skiff::IntegerValue(entry.field_value);
+    if (!node) continue;
     interfaces.push_back(entry.object_id);
-    nodes.push_back(static_cast<QXwObjectId>(entry.field_value->un.int_val));
+    nodes.push_back(static_cast<QXwObjectId>(*node));
   }
   if (interfaces.empty()) return;
-  LocalRef<jintArray> interfaceArray = JavaIds(pEnv, interfaces);
-  LocalRef<jintArray> nodeArray = JavaIds(pEnv, nodes);
+  LocalRef<jintArray> interfaceArray = skiff::jni::IntArrayOfIds(pEnv, interfaces);
+  LocalRef<jintArray> nodeArray = skiff::jni::IntArrayOfIds(pEnv, nodes);
   if (!interfaceArray || !nodeArray) return;
-  CallVoid(pEnv, m_object, m_scopingInterfacesCreatedCB, interfaceArray.get(), nodeArray.get());
+  CallVoid(pEnv, Peer(), m_scopingInterfacesCreatedCB, interfaceArray.get(), nodeArray.get());
 }
 
 void QxwEventDispatcher::DeleteInterfaceObjectsCB(void*, int, QXwMapInfo*,
@@ -139,8 +136,8 @@ void QxwEventDispatcher::DeleteInterfaceObjectsCB(void*, int, QXwMapInfo*,
   SKIFF_TRACE("QxwEventDispatcher::DeleteInterfaceObjectsCB");
   skiff::DispatcherVerbose("QxwEventDispatcher::DeleteInterfaceObjectsCB\n");
   if (!m_doInvokeJavaCallbacksForScopingUpdates) return;
-  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
-  LocalRef<jintArray> interfaceArray = JavaIds(pEnv, ObjectIds(pObjects));
+  JNIEnv* pEnv = skiff::jni::AttachedEnv();
+  LocalRef<jintArray> interfaceArray = skiff::jni::IntArrayOfIds(pEnv, ObjectIds(pObjects));
   if (!interfaceArray) return;
-  CallVoid(pEnv, m_object, m_scopingInterfacesDeletedCB, interfaceArray.get());
+  CallVoid(pEnv, Peer(), m_scopingInterfacesDeletedCB, interfaceArray.get());
 }

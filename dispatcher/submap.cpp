@@ -4,9 +4,11 @@
 // The dispatcher thread never leaves its native call, so every local
 // reference made here is deleted as soon as the call that needed it has
 // returned: a report of any size holds a handful at a time.
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 
+#include "bridge/arrays.h"
 #include "bridge/platformrecords.h"
 #include "bridge/text.h"
 #include "bridge/tracescope.h"
@@ -35,7 +37,7 @@ LocalRef<jobject> QxwEventDispatcher::GetSubmapAndSymbols(QXwSubmapId submapId) 
   skiff::RereadLargeDbSetting(skiff::kLargeDbConfigPath, m_doUseVerboseMode);
   if (submap == nullptr) return {};
 
-  JNIEnv* pEnv = skiff::jni::AttachedEnv(m_pJVM);
+  JNIEnv* pEnv = skiff::jni::AttachedEnv();
   LocalRef<jobject> result =
       AddSubmap(pEnv, submap->parent_object_id, submapId, submap->submap_name, submap->layout_style,
                 submap->layout_on != 0, submap->bg_graphics);
@@ -53,7 +55,7 @@ LocalRef<jobject> QxwEventDispatcher::AddSubmap(JNIEnv* pEnv, QXwObjectId parent
   SKIFF_TRACE("QxwEventDispatcher::AddSubmap");
   LocalRef<jstring> name = JavaText(pEnv, submapName);
   LocalRef<jstring> background = JavaText(pEnv, backgroundGraphicsFile);
-  return skiff::jni::CallObject(pEnv, m_object, m_addSubmap, skiff::JavaId(parentObjectId),
+  return skiff::jni::CallObject(pEnv, Peer(), m_addSubmap, skiff::JavaId(parentObjectId),
                                 skiff::JavaId(submapId), name.get(), static_cast<jint>(layoutStyle),
                                 static_cast<jboolean>(doUseAutoLayout), background.get());
 }
@@ -68,7 +70,7 @@ LocalRef<jobject> QxwEventDispatcher::AddNodeSymbol(JNIEnv* pEnv, const QXwSymbo
     LocalRef<jstring> annotation = skiff::jni::NewUtf8String(pEnv, "");
     LocalRef<jstring> type = JavaText(pEnv, pSymbolInfo->symbol_type);
     symbol = skiff::jni::CallObject(
-        pEnv, m_object, m_addNodeSymbol, skiff::JavaId(pSymbolInfo->symbol_id),
+        pEnv, Peer(), m_addNodeSymbol, skiff::JavaId(pSymbolInfo->symbol_id),
         skiff::JavaId(pSymbolInfo->submap_id), label.get(), annotation.get(), type.get(),
         static_cast<jint>(pSymbolInfo->plane), static_cast<jint>(pSymbolInfo->symbol_status),
         skiff::JavaId(pSymbolInfo->object.object_id),
@@ -81,11 +83,11 @@ LocalRef<jobject> QxwEventDispatcher::AddNodeSymbol(JNIEnv* pEnv, const QXwSymbo
   // Field values travel only when the Java side lacks them: asked for every
   // symbol, also for several symbols of one object in a row.
   const QXwObjectId objectId = pSymbolInfo->object.object_id;
-  if (!skiff::jni::CallBoolean(pEnv, m_object, m_qxwdbObjectFieldValuesInCache,
+  if (!skiff::jni::CallBoolean(pEnv, Peer(), m_qxwdbObjectFieldValuesInCache,
                                skiff::JavaId(objectId))) {
     LocalRef<jobject> properties = GetObjectFieldValues(pEnv, objectId);
     if (properties) {
-      skiff::jni::CallVoid(pEnv, m_object, m_setQxwdbObjectFieldValues, skiff::JavaId(objectId),
+      skiff::jni::CallVoid(pEnv, Peer(), m_setQxwdbObjectFieldValues, skiff::JavaId(objectId),
                            properties.get());
     }
   }
@@ -99,7 +101,7 @@ LocalRef<jobject> QxwEventDispatcher::AddConnectionSymbol(JNIEnv* pEnv,
   LocalRef<jstring> label = JavaText(pEnv, pSymbolInfo->symbol_label);
   LocalRef<jstring> type = JavaText(pEnv, pSymbolInfo->symbol_type);
   return skiff::jni::CallObject(
-      pEnv, m_object, m_addConnectionSymbol, skiff::JavaId(pSymbolInfo->symbol_id),
+      pEnv, Peer(), m_addConnectionSymbol, skiff::JavaId(pSymbolInfo->symbol_id),
       skiff::JavaId(pSymbolInfo->submap_id), label.get(), type.get(),
       static_cast<jint>(pSymbolInfo->plane), static_cast<jint>(pSymbolInfo->symbol_status),
       skiff::JavaId(pSymbolInfo->object.object_id),
@@ -121,22 +123,19 @@ std::unique_ptr<SubmapHashtable> QxwEventDispatcher::GetRootSubmapsHashtable(JNI
     return roots;
   }
   LocalRef<jobjectArray> names =
-      skiff::jni::CallObject<jobjectArray>(pEnv, m_object, m_getRootObjectSelectionNames);
+      skiff::jni::CallObject<jobjectArray>(pEnv, Peer(), m_getRootObjectSelectionNames);
   // A null array counts as one of the wrong length.
-  const jsize length = names ? pEnv->GetArrayLength(names.get()) : 0;
+  const jsize length = std::max<jsize>(skiff::jni::ArrayLength(pEnv, names.get()), 0);
   if (length != numRootObjects) {
     std::fprintf(stderr,
                  "QxwEventDispatcher::GetRootSubmapsHashtable failed, numRootObjects=%d, "
                  "arrayLength=%d\n",
                  numRootObjects, static_cast<int>(length));
   }
-  for (jsize i = 0; i < length; ++i) {
-    LocalRef<jstring> name(pEnv, static_cast<jstring>(pEnv->GetObjectArrayElement(names.get(), i)));
-    if (!name) continue;
-    skiff::jni::Utf8Chars chars(pEnv, name.get());
-    if (chars.get() == nullptr) continue;
-    QXwSubmapId childSubmapId = ScopingCache::GetChildSubmapId(m_pMap, chars.get());
+  skiff::jni::ForEachString(pEnv, names.get(), [&roots](const char* name) {
+    if (name == nullptr) return;
+    QXwSubmapId childSubmapId = ScopingCache::GetChildSubmapId(m_pMap, name);
     if (childSubmapId != 0) roots->Add(childSubmapId);
-  }
+  });
   return roots;
 }

@@ -19,7 +19,9 @@ void QxwEventDispatcher::DeleteAllSymbolsForObjects(int numObjects) {
     // Read just before deleting, so that each object loses the symbols it has
     // now, on whatever submaps they lie.
     skiff::SymbolListPtr pSymbolList(QXwGetSymbolsByObject(m_pMap, objectId));
-    if (pSymbolList == nullptr || pSymbolList->count == 0) continue;
+    // No list: the platform knows no symbols for it. An empty list still
+    // gets its one deletion call.
+    if (pSymbolList == nullptr) continue;
     std::vector<QXwSymbolId> symbolIds;
     symbolIds.reserve(pSymbolList->count);
     for (int i = 0; i < pSymbolList->count; ++i) {

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 
+#include "bridge/arrays.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/main.h"
 #include "platform/qxw.h"
@@ -10,38 +11,29 @@ namespace skiff::state {
 
 std::optional<std::vector<uint32_t>> FetchIds(const IdFetch& fetch, int count, int state) {
   SKIFF_TRACE("skiff::state::FetchIds");
-  JNIEnv* pEnv = jni::AttachedEnv(QxwEventDispatcher::m_pJVM);
+  JNIEnv* pEnv = jni::AttachedEnv();
   const bool verbose = QxwEventDispatcher::m_doUseVerboseMode != 0;
   if (verbose) std::fprintf(stderr, fetch.entryFormat, count, state);
 
-  jobject object = QxwEventDispatcher::m_object;
+  const jni::JavaPeer* peer = QxwEventDispatcher::Peer();
   jni::LocalRef<jintArray> array =
       fetch.passesCount
-          ? jni::CallObject<jintArray>(pEnv, object, fetch.callback, static_cast<jint>(count))
-          : jni::CallObject<jintArray>(pEnv, object, fetch.callback);
-  // A missing array (also a callback that threw) counts as a wrong length.
-  const int length = array ? pEnv->GetArrayLength(array.get()) : -1;
-  if (length != count) {
-    std::fprintf(stderr, fetch.failureFormat, count, length);
+          ? jni::CallObject<jintArray>(pEnv, peer, fetch.callback, static_cast<jint>(count))
+          : jni::CallObject<jintArray>(pEnv, peer, fetch.callback);
+  // A missing array (also a callback that threw) and a negative count never
+  // match.
+  std::optional<std::vector<uint32_t>> ids = jni::IdsOfIntArray(pEnv, array.get(), count);
+  if (!ids) {
+    std::fprintf(stderr, fetch.failureFormat, count,
+                 static_cast<int>(jni::ArrayLength(pEnv, array.get())));
     return std::nullopt;
   }
-
-  std::vector<uint32_t> ids(count);
-  if (count == 0) return ids;
-  jint* elements = pEnv->GetIntArrayElements(array.get(), nullptr);
-  if (elements == nullptr) {
-    jni::Threw(pEnv, "JNI function", "GetIntArrayElements");
-    return std::nullopt;
-  }
-  const bool writeLines = verbose && fetch.copyLineFormat != nullptr;
-  for (int i = 0; i < count; ++i) {
-    ids[i] = static_cast<uint32_t>(elements[i]);
-    if (writeLines) {
-      std::fprintf(stderr, fetch.copyLineFormat, i, static_cast<int>(ids[i]));
-      std::fprintf(stderr, fetch.arrayLineFormat, i, static_cast<int>(elements[i]));
+  if (verbose && fetch.copyLineFormat != nullptr) {
+    for (int i = 0; i < count; ++i) {
+      std::fprintf(stderr, fetch.copyLineFormat, i, static_cast<int>((*ids)[i]));
+      std::fprintf(stderr, fetch.arrayLineFormat, i, static_cast<int>((*ids)[i]));
     }
   }
-  pEnv->ReleaseIntArrayElements(array.get(), elements, JNI_ABORT);
   return ids;
 }
 

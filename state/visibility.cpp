@@ -26,10 +26,10 @@ constexpr char kIPMapAppName[] = "IP Map";
 
 using FieldListPtr = skiff::ObjectFieldListPtr;
 
-// The integer value of one entry of a field value list; 0 when it has none.
-QXwObjectId IntegerValue(const QXwObjectField& entry) {
-  const QXwFieldValue* pValue = entry.field_value;
-  return pValue != nullptr && !pValue->is_list ? static_cast<QXwObjectId>(pValue->un.int_val) : 0;
+// The integer value of one entry of a field value list; 0 when it has none
+// (also when it holds something other than an integer).
+QXwObjectId IntegerField(const QXwObjectField& entry) {
+  return static_cast<QXwObjectId>(skiff::IntegerValue(entry.field_value).value_or(0));
 }
 
 // One TopM field of every interface, in the interfaces' order.
@@ -244,9 +244,9 @@ bool CollectInterfaceAndNodeVisibilitySymbols(std::vector<QXwObjectId>& interfac
   visibilitySymbolIds.reserve(3 * interfaceObjectIds.size());
   for (int i = 0; i < numInterfaceObjects; ++i) {
     const QXwObjectId interfaceObjectId = interfaceObjectIds[i];
-    const QXwObjectId nodeObjectId = IntegerValue(pNodeObjectFieldList->objects[i]);
-    const QXwObjectId segmentObjectId = IntegerValue(pSegmentObjectFieldList->objects[i]);
-    const QXwObjectId networkObjectId = IntegerValue(pNetworkObjectFieldList->objects[i]);
+    const QXwObjectId nodeObjectId = IntegerField(pNodeObjectFieldList->objects[i]);
+    const QXwObjectId segmentObjectId = IntegerField(pSegmentObjectFieldList->objects[i]);
+    const QXwObjectId networkObjectId = IntegerField(pNetworkObjectFieldList->objects[i]);
     QXwSymbolId interfaceSymbolId = 0, segmentNodeSymbolId = 0, networkNodeSymbolId = 0;
     D::GetAssociatedIPMapSymbolsInvolvedInVisibilityChange(
         interfaceObjectId, nodeObjectId, segmentObjectId, networkObjectId, &childSubmapIdHashtable,

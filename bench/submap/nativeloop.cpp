@@ -7,11 +7,11 @@
 #include <vector>
 
 #include "bridge/javacall.h"
+#include "bridge/properties.h"
 #include "bridge/text.h"
 #include "com_quenda_skiff_trellis_bench_SubmapBench.h"
 #include "dispatcher/main.h"
 
-using skiff::jni::JavaMethod;
 using skiff::jni::LocalRef;
 
 namespace {
@@ -37,10 +37,15 @@ struct Property {
 std::vector<Symbol> s_symbols;
 std::vector<Property> s_properties;
 
-jclass s_propertiesClass = nullptr;
-JavaMethod s_init{"<init>", "()V", JavaMethod::Instance};
-JavaMethod s_put{"put", "(Ljava/lang/Object;Ljava/lang/Object;)Ljava/lang/Object;",
-                 JavaMethod::Instance};
+// The dispatcher objects this loop calls, bound to the library's own
+// dispatcher method table.
+skiff::jni::PeerRegistry& Dispatchers() {
+  using D = QxwEventDispatcher;
+  static skiff::jni::PeerRegistry peers(
+      "SubmapBench", {&D::m_addSubmap, &D::m_addNodeSymbol, &D::m_qxwdbObjectFieldValuesInCache,
+                      &D::m_setQxwdbObjectFieldValues});
+  return peers;
+}
 
 std::string Text(JNIEnv* pEnv, jobjectArray array, jsize i) {
   LocalRef<jstring> str(pEnv, static_cast<jstring>(pEnv->GetObjectArrayElement(array, i)));
@@ -75,20 +80,16 @@ JNIEXPORT void JNICALL Java_com_quenda_skiff_trellis_bench_SubmapBench_load(
   for (jsize k = 0; k < numProperties; ++k) {
     s_properties.push_back({Text(pEnv, keys, k), Text(pEnv, values, k), platform[k] != 0});
   }
-  if (s_propertiesClass == nullptr) {
-    s_propertiesClass = skiff::jni::FindGlobalClass(pEnv, "java/util/Properties");
-    skiff::jni::Resolve(pEnv, s_propertiesClass, s_init, "SubmapBench");
-    skiff::jni::Resolve(pEnv, s_propertiesClass, s_put, "SubmapBench");
-  }
 }
 
 JNIEXPORT void JNICALL Java_com_quenda_skiff_trellis_bench_SubmapBench_replay(JNIEnv* pEnv, jclass,
                                                                               jobject dispatcher) {
   using D = QxwEventDispatcher;
+  const skiff::jni::JavaPeer* peer = Dispatchers().Bind(pEnv, dispatcher);
   {
     LocalRef<jstring> name(pEnv, mb2jstring(pEnv, "wide"));
     LocalRef<jstring> background(pEnv, mb2jstring(pEnv, ""));
-    skiff::jni::CallObject(pEnv, dispatcher, D::m_addSubmap, jint{1}, jint{kSubmapId}, name.get(),
+    skiff::jni::CallObject(pEnv, peer, D::m_addSubmap, jint{1}, jint{kSubmapId}, name.get(),
                            jint{0}, jboolean{JNI_FALSE}, background.get());
   }
   for (const Symbol& s : s_symbols) {
@@ -97,22 +98,22 @@ JNIEXPORT void JNICALL Java_com_quenda_skiff_trellis_bench_SubmapBench_replay(JN
       LocalRef<jstring> label(pEnv, mb2jstring(pEnv, s.label.c_str()));
       LocalRef<jstring> annotation = skiff::jni::NewUtf8String(pEnv, "");
       LocalRef<jstring> type(pEnv, mb2jstring(pEnv, s.type.c_str()));
-      skiff::jni::CallObject(pEnv, dispatcher, D::m_addNodeSymbol, f[0], f[1], label.get(),
+      skiff::jni::CallObject(pEnv, peer, D::m_addNodeSymbol, f[0], f[1], label.get(),
                              annotation.get(), type.get(), f[2], f[3], f[4], f[5],
                              static_cast<jboolean>(f[6] != 0), f[7], f[8], f[9], f[10], jint{0});
     }
-    if (skiff::jni::CallBoolean(pEnv, dispatcher, D::m_qxwdbObjectFieldValuesInCache, f[4])) {
+    if (skiff::jni::CallBoolean(pEnv, peer, D::m_qxwdbObjectFieldValuesInCache, f[4])) {
       continue;
     }
-    LocalRef<jobject> properties = skiff::jni::NewObject(pEnv, s_propertiesClass, s_init);
+    LocalRef<jobject> properties = skiff::jni::NewProperties(pEnv);
     for (size_t k = s.firstProperty; k < s.endProperty; ++k) {
       const Property& p = s_properties[k];
       LocalRef<jstring> key = skiff::jni::NewUtf8String(pEnv, p.key.c_str());
       LocalRef<jstring> value = p.isPlatformText
                                     ? LocalRef<jstring>(pEnv, mb2jstring(pEnv, p.value.c_str()))
                                     : skiff::jni::NewUtf8String(pEnv, p.value.c_str());
-      skiff::jni::CallObject(pEnv, properties.get(), s_put, key.get(), value.get());
+      skiff::jni::PutProperty(pEnv, properties.get(), key.get(), value.get());
     }
-    skiff::jni::CallVoid(pEnv, dispatcher, D::m_setQxwdbObjectFieldValues, f[4], properties.get());
+    skiff::jni::CallVoid(pEnv, peer, D::m_setQxwdbObjectFieldValues, f[4], properties.get());
   }
 }

@@ -8,6 +8,14 @@
 #include <functional>
 #include <string>
 
+// The platform's tokenizer may merge adjacent separators, as strtok does; the
+// request fields are positional all the same. This test runs against such a
+// tokenizer: it replaces the platform's for this program.
+extern "C" char* _QXstrtok(char* text, const char* separators, int) {
+  static char* next = nullptr;
+  return strtok_r(text, separators, &next);
+}
+
 namespace {
 
 using namespace skiff::channel;
@@ -145,11 +153,24 @@ TEST(RequestParse, MissingArgumentsCountAsEmptyOrZero) {
   EXPECT_EQ(node.customSubmapId, 0);
   EXPECT_EQ(node.doRecreateParentPath, 0);
 
+  char emptyFirst[] = "3 \vSite A\v\v1";
+  NodeSymbolRequest positional = ParseNodeSymbol(SplitRequest(emptyFirst).arguments);
+  EXPECT_STREQ(positional.selectionName, "");
+  EXPECT_STREQ(positional.parentSelectionName, "Site A");
+  EXPECT_EQ(positional.customSubmapId, 0);
+  EXPECT_EQ(positional.doRecreateParentPath, 1);
+
   char emptyFields[] = "4 \v\v";
   NodeParentPathRequest path = ParseNodeParentPath(SplitRequest(emptyFields).arguments);
   EXPECT_STREQ(path.hostnameOrIPAddress, "");
   EXPECT_STREQ(path.parentSelectionName, "");
   EXPECT_EQ(path.numRootObjects, 0);
+}
+
+TEST(RequestFormat, ATextThatWouldBreakTheFieldsCannotTravel) {
+  EXPECT_TRUE(IsFieldText("Site A, building 2"));
+  EXPECT_TRUE(IsFieldText(nullptr)) << "null travels as empty text";
+  EXPECT_FALSE(IsFieldText("Site\vA"));
 }
 
 TEST(RequestParse, AnswersAreOneDigit) {
@@ -181,19 +202,28 @@ TEST(MessageAssembler, MessagesComeOutWholeWhateverTheReads) {
   EXPECT_STREQ(assembler.Next(), "13 5");
   EXPECT_EQ(assembler.Next(), nullptr);
   EXPECT_EQ(assembler.spaceLeft(), kMessageSize);
-  EXPECT_FALSE(assembler.Overflowed());
+  EXPECT_FALSE(assembler.LastDropped());
 }
 
-TEST(MessageAssembler, AMessageOfFiveHundredBytesFitsAndALongerOneOverflows) {
+TEST(MessageAssembler, AMessageLongerThanFiveHundredBytesIsDroppedWholeUpToItsNul) {
   MessageAssembler assembler;
-  Receive(assembler, std::string(kMessageSize - 1, 'x') + '\0');
-  EXPECT_EQ(std::strlen(assembler.Next()), kMessageSize - 1);
+  const char nul = '\0';
+  Receive(assembler, std::string(kMessageSize - 1, 'x') + nul);
+  EXPECT_EQ(std::strlen(assembler.Next()), kMessageSize - 1) << "500 bytes with the NUL fit";
   EXPECT_EQ(assembler.Next(), nullptr);
 
-  Receive(assembler, std::string(kMessageSize, 'y'));
+  // 500 bytes and no end, then a tail that would read as a request of its
+  // own: the whole message comes out as one empty text, in its place.
+  Receive(assembler, std::string(kMessageSize, 'A'));
   EXPECT_EQ(assembler.Next(), nullptr);
-  EXPECT_TRUE(assembler.Overflowed());
-  assembler.Clear();
+  Receive(assembler, std::string(kMessageSize, 'A'));
+  EXPECT_EQ(assembler.Next(), nullptr);
+  Receive(assembler, std::string("2 77 77 77") + nul + "9 1 1" + nul);
+  EXPECT_STREQ(assembler.Next(), "");
+  EXPECT_TRUE(assembler.LastDropped());
+  EXPECT_STREQ(assembler.Next(), "9 1 1");
+  EXPECT_FALSE(assembler.LastDropped());
+  EXPECT_EQ(assembler.Next(), nullptr);
   EXPECT_EQ(assembler.spaceLeft(), kMessageSize);
 }
 

@@ -27,6 +27,8 @@ public class QxwInterface {
     private final Object requestLock = new Object();
     private final Object resultsLock = new Object();
     private ConnectionResults connectionResults;  // guarded by resultsLock
+    /** The thread that runs the dispatcher's connect and event loop; null before connect. */
+    private volatile Thread dispatcherThread;
 
     public QxwInterface(QxwEventDispatcher dispatcher) {
         this.dispatcher = dispatcher;
@@ -76,6 +78,7 @@ public class QxwInterface {
 
     public void getNodeParentPath(String hostnameOrIPAddress, String parentSelectionName,
             String[] rootObjectSelectionNames) {
+        refuseOnDispatcherThread("getNodeParentPath");
         synchronized (requestLock) {
             dispatcher.setRootObjectSelectionNames(rootObjectSelectionNames);
             getNodeParentPathInternal(hostnameOrIPAddress, parentSelectionName,
@@ -85,6 +88,7 @@ public class QxwInterface {
 
     public void getSymbolParentPath(int symbolId, int submapId,
             String[] rootObjectSelectionNames) {
+        refuseOnDispatcherThread("getSymbolParentPath");
         synchronized (requestLock) {
             dispatcher.setRootObjectSelectionNames(rootObjectSelectionNames);
             getSymbolParentPathInternal(symbolId, submapId, rootObjectSelectionNames.length);
@@ -92,6 +96,7 @@ public class QxwInterface {
     }
 
     public void getOtherSymbols(int symbolId, int objectId, String[] rootObjectSelectionNames) {
+        refuseOnDispatcherThread("getOtherSymbols");
         synchronized (requestLock) {
             dispatcher.setRootObjectSelectionNames(rootObjectSelectionNames);
             getOtherSymbolsInternal(symbolId, objectId, rootObjectSelectionNames.length);
@@ -100,6 +105,7 @@ public class QxwInterface {
 
     public void getMatchingSymbols(int queryCategoryType, int queryMatchType, String queryString,
             String[] rootObjectSelectionNames) {
+        refuseOnDispatcherThread("getMatchingSymbols");
         synchronized (requestLock) {
             dispatcher.setRootObjectSelectionNames(rootObjectSelectionNames);
             getMatchingSymbolsInternal(queryCategoryType, queryMatchType, queryString,
@@ -108,12 +114,14 @@ public class QxwInterface {
     }
 
     public void getLocationScopingInfo() {
+        refuseOnDispatcherThread("getLocationScopingInfo");
         synchronized (requestLock) {
             getLocationScopingInfoInternal();
         }
     }
 
     public void setAcknowledgeState(int[] objectIds, boolean doAcknowledge) {
+        refuseOnDispatcherThread("setAcknowledgeState");
         synchronized (requestLock) {
             dispatcher.setRequestIds(objectIds);
             setAcknowledgeState(doAcknowledge, objectIds.length);
@@ -121,6 +129,7 @@ public class QxwInterface {
     }
 
     public void setManageState(int[] objectIds, boolean doManage) {
+        refuseOnDispatcherThread("setManageState");
         synchronized (requestLock) {
             dispatcher.setRequestIds(objectIds);
             setManageState(doManage, objectIds.length);
@@ -128,6 +137,7 @@ public class QxwInterface {
     }
 
     public void setSymbolVisibilityState(int[] symbolIds, boolean doSetHidden) {
+        refuseOnDispatcherThread("setSymbolVisibilityState");
         synchronized (requestLock) {
             dispatcher.setRequestIds(symbolIds);
             setSymbolVisibilityStateInternal(doSetHidden, symbolIds.length);
@@ -136,6 +146,7 @@ public class QxwInterface {
 
     public void setInterfaceAndNodeVisibilityState(int[] interfaceObjectIds,
             boolean doSetHidden) {
+        refuseOnDispatcherThread("setInterfaceAndNodeVisibilityState");
         synchronized (requestLock) {
             dispatcher.setRequestIds(interfaceObjectIds);
             setInterfaceAndNodeVisibilityStateInternal(doSetHidden, interfaceObjectIds.length);
@@ -143,6 +154,7 @@ public class QxwInterface {
     }
 
     public void deleteAllSymbolsForObjects(int[] objectIds) {
+        refuseOnDispatcherThread("deleteAllSymbolsForObjects");
         synchronized (requestLock) {
             dispatcher.setRequestIds(objectIds);
             deleteAllSymbolsForObjectsInternal(objectIds.length);
@@ -168,9 +180,22 @@ public class QxwInterface {
         }
     }
 
+    /**
+     * Refuses a request made on the dispatcher thread, from inside a callback: that thread
+     * serves requests, so it would wait for itself (and for the lock of the request it is
+     * serving) forever.
+     */
+    private void refuseOnDispatcherThread(String request) {
+        if (Thread.currentThread() == dispatcherThread) {
+            throw new IllegalStateException("QxwInterface." + request + ": called on the"
+                    + " dispatcher thread (from a callback), where no request can be served");
+        }
+    }
+
     /** Called by the native library on the dispatcher thread during connect. */
     protected void setConnectionResults(boolean connectionEstablished, String mapName,
             boolean isReadOnly) {
+        dispatcherThread = Thread.currentThread();
         synchronized (resultsLock) {
             connectionResults = new ConnectionResults(connectionEstablished, mapName, isReadOnly);
             resultsLock.notifyAll();

@@ -187,7 +187,63 @@ class ChannelTest extends OneSessionTest {
     }
 
     @Test
-    @Order(7)
+    @Order(8)
+    void aMessageLongerThanFiveHundredBytesIsDroppedWholeAndAnsweredZero() throws Exception {
+        int before = dispatcher.log().size();
+        int[] answer = new int[1];
+        String stderr = TestNative.captureStderr(
+                () -> answer[0] = TestNative.request("A".repeat(500) + "2 77 77 77"));
+        assertEquals(0, answer[0]);
+        assertTrue(stderr.matches("QxwEventDispatcher::ServiceJavaRequestCB: request longer"
+                + " than 500 bytes dropped \\(sock:\\d+\\)\n"), stderr);
+        assertEquals(List.of(), dispatcher.log().subList(before, dispatcher.log().size()),
+                "nothing of it was served");
+        assertTrue(client.getSymbolRowData(8, 9, 1), "the next request is served");
+    }
+
+    @Test
+    @Order(9)
+    void aRequestFromInsideACallbackIsRefusedNotDeadlocked() throws Exception {
+        String stderr = TestNative.captureStderr(() -> assertFalse(
+                session.onDispatcherThread(() -> client.getSymbolRowData(1, 2, 3))));
+        assertEquals("QxwInterface::GetSymbolRowData: called on the dispatcher thread (from a"
+                + " callback), request not sent\n", stderr);
+        IllegalStateException refused = org.junit.jupiter.api.Assertions.assertThrows(
+                IllegalStateException.class, () -> session.onDispatcherThread(() -> {
+                    client.setAcknowledgeState(new int[] {1}, true);
+                    return null;
+                }));
+        assertEquals("QxwInterface.setAcknowledgeState: called on the dispatcher thread (from a"
+                + " callback), where no request can be served", refused.getMessage());
+        assertTrue(client.getSymbolRowData(8, 9, 1), "the channel still serves");
+    }
+
+    @Test
+    @Order(10)
+    void aTextThatWouldBreakTheRequestIsRefused() throws Exception {
+        record Case(Runnable request, String message) {}
+        List<Case> cases = List.of(
+                new Case(() -> client.getNodeSymbol(0, "a\u000Bb", null),
+                        "QxwInterface::GetNodeSymbol: a text argument holds a vertical tab,"
+                                + " request not sent\n"),
+                new Case(() -> client.getNodeParentPath("host", "Site\u000BA", new String[0]),
+                        "QxwInterface::GetNodeParentPath: a text argument holds a vertical tab,"
+                                + " request not sent\n"),
+                new Case(() -> client.getMatchingSymbols(0, 0, "10.1\u000B", new String[0]),
+                        "QxwInterface::GetMatchingSymbols: a text argument holds a vertical tab,"
+                                + " request not sent\n"),
+                new Case(() -> client.getMatchingSymbols(0, 0, "router\u0000x", new String[0]),
+                        "QxwInterface::GetMatchingSymbols: the query text holds a NUL, request"
+                                + " not sent\n"));
+        for (Case c : cases) {
+            control.ok("reset-counters");
+            assertEquals(c.message(), TestNative.captureStderr(c.request()::run));
+            assertTrue(client.getSymbolRowData(8, 9, 1));
+        }
+    }
+
+    @Test
+    @Order(20)
     void closeEndsTheConnectionOnBothSides() throws Exception {
         control.ok("reset-counters");
         client.open(false, true, false);

@@ -22,6 +22,8 @@ class InterfaceVisibilityTest extends OneSessionTest {
     void showEverySymbol() throws Exception {
         control.ok("unhide " + MapDump.of(control).symbols.keySet().stream()
                 .map(String::valueOf).collect(Collectors.joining(" ")));
+        // The unhidden event is delivered before the test starts, not during it.
+        control.ok("sync");
     }
 
     private static Set<Long> hiddenSymbols() throws Exception {

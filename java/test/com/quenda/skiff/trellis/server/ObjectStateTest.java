@@ -90,33 +90,53 @@ class ObjectStateTest extends OneSessionTest {
 
     @Test
     @Order(4)
-    void aShortOrMissingIdArrayIsReportedAndChangesNothing() throws Exception {
-        record Case(String code, String state, String failure) {}
-        List<Case> cases = List.of(
-                new Case("9", " 1", "QxwEventDispatcher::SetAcknowledgeState failed,"
-                        + " numObjs=%d, objSize=%d\n"),
-                new Case("10", " 0", "QxwEventDispatcher::SetManageState failed,"
-                        + " numObjs=%d, objSize=%d\n"),
-                new Case("11", " 1", "QxwEventDispatcher::SetSymbolVisibilityState failed,"
+    void anIdArrayThatDoesNotMatchItsCountIsReportedAndChangesNothing() throws Exception {
+        record Op(String code, String state, String callback, String failure) {}
+        List<Op> ops = List.of(
+                new Op("9", " 1", "getAckObjectList", "QxwEventDispatcher::SetAcknowledgeState"
+                        + " failed, numObjs=%d, objSize=%d\n"),
+                new Op("10", " 0", "getManageObjectList", "QxwEventDispatcher::SetManageState"
+                        + " failed, numObjs=%d, objSize=%d\n"),
+                new Op("11", " 1", "getVisibilityStateSymbolIds",
+                        "QxwEventDispatcher::SetSymbolVisibilityState failed,"
                         + " numSymbols=%d, arraySize=%d\n"),
-                new Case("12", " 1", "QxwEventDispatcher::SetInterfaceAndNodeVisibilityState"
+                new Op("12", " 1", "getInterfaceAndNodeVisibilityStateObjectIds",
+                        "QxwEventDispatcher::SetInterfaceAndNodeVisibilityState"
                         + " failed, numInterfaceObjects=%d, arraySize=%d\n"),
-                new Case("13", "", "QxwEventDispatcher::DeleteAllSymbolsForObjects failed,"
+                new Op("13", "", "getDeleteSymbolsObjectIds",
+                        "QxwEventDispatcher::DeleteAllSymbolsForObjects failed,"
                         + " numObjects=%d, arraySize=%d\n"));
+        enum Answer { TWO_IDS, NO_ARRAY, THROWS }
         String before = control.ok("dump");
-        for (Case c : cases) {
-            // Two ids stored for a count of 3; then no array at all for a count of 2.
-            assertEquals(String.format(c.failure(), 3, 2),
-                    answeredOne(c.code() + " 3" + c.state(), 10, 11));
-            dispatcher.returnNoIds = true;
-            try {
-                assertEquals(String.format(c.failure(), 2, -1),
-                        answeredOne(c.code() + " 2" + c.state(), 10, 11));
-            } finally {
-                dispatcher.returnNoIds = false;
+        for (Op op : ops) {
+            for (int count : new int[] {3, -1, -2, Integer.MIN_VALUE}) {
+                for (Answer answer : Answer.values()) {
+                    String what = op.code() + " count " + count + " " + answer;
+                    dispatcher.returnNoIds = answer == Answer.NO_ARRAY;
+                    dispatcher.throwForIds = answer == Answer.THROWS;
+                    String stderr;
+                    try {
+                        stderr = answeredOne(op.code() + " " + count + op.state(), 10, 11);
+                    } finally {
+                        dispatcher.returnNoIds = false;
+                        dispatcher.throwForIds = false;
+                    }
+                    String failure = String.format(op.failure(), count,
+                            answer == Answer.TWO_IDS ? 2 : -1);
+                    if (answer == Answer.THROWS) {
+                        assertTrue(stderr.startsWith("Java method " + op.callback()
+                                + " threw an exception\n"), what + ": " + stderr);
+                        assertTrue(stderr.contains("java.lang.IllegalStateException: no ids"
+                                + " today"), what + ": " + stderr);
+                        assertTrue(stderr.endsWith(failure), what + ": " + stderr);
+                    } else {
+                        assertEquals(failure, stderr, what);
+                    }
+                }
             }
         }
         assertEquals(before, control.ok("dump"));
+        assertTrue(client.getSubmapAndSymbols(0), "the session still serves");
     }
 
     @Test
@@ -169,13 +189,14 @@ class ObjectStateTest extends OneSessionTest {
         assertEquals(1, control.calls("QXwDeleteSymbols"));
         assertEquals(Set.of(200L, 201L, 110L, 120L), MapDump.of(control).symbols.keySet());
 
-        // The unknown object and the one without symbols are passed over.
+        // The unknown object (no list) is passed over; the one whose list is
+        // empty still gets its deletion call.
         control.ok("reset-counters");
         String stderr = TestNative.captureStderr(
                 () -> client.deleteAllSymbolsForObjects(new int[] {999, 13, 11}));
         assertEquals("", stderr);
         assertEquals(3, control.calls("QXwGetSymbolsByObject"));
-        assertEquals(1, control.calls("QXwDeleteSymbols"));
+        assertEquals(2, control.calls("QXwDeleteSymbols"));
         assertEquals(Set.of(200L, 201L, 120L), MapDump.of(control).symbols.keySet());
     }
 }

@@ -25,6 +25,8 @@ class RecordingDispatcher extends QxwEventDispatcher {
     volatile Runnable rowDataTask;
     /** While set, the id callbacks of the map state requests return null. */
     volatile boolean returnNoIds;
+    /** The id callbacks throw instead of answering. */
+    volatile boolean throwForIds;
     /**
      * Run right after a callback of that name is recorded, on the thread that made the call; a
      * hook that throws makes the callback throw.
@@ -151,34 +153,40 @@ class RecordingDispatcher extends QxwEventDispatcher {
         return names;
     }
 
+    /** What an id callback answers: the stored ids, none, or an exception. */
+    private int[] answerIds(int[] stored) {
+        if (throwForIds) throw new IllegalStateException("no ids today");
+        return returnNoIds ? null : stored;
+    }
+
     @Override
     protected int[] getManageObjectList(int numObjs) {
         record("getManageObjectList", numObjs);
-        return returnNoIds ? null : super.getManageObjectList(numObjs);
+        return answerIds(super.getManageObjectList(numObjs));
     }
 
     @Override
     protected int[] getAckObjectList(int numObjs) {
         record("getAckObjectList", numObjs);
-        return returnNoIds ? null : super.getAckObjectList(numObjs);
+        return answerIds(super.getAckObjectList(numObjs));
     }
 
     @Override
     protected int[] getVisibilityStateSymbolIds() {
         record("getVisibilityStateSymbolIds");
-        return returnNoIds ? null : super.getVisibilityStateSymbolIds();
+        return answerIds(super.getVisibilityStateSymbolIds());
     }
 
     @Override
     protected int[] getInterfaceAndNodeVisibilityStateObjectIds() {
         record("getInterfaceAndNodeVisibilityStateObjectIds");
-        return returnNoIds ? null : super.getInterfaceAndNodeVisibilityStateObjectIds();
+        return answerIds(super.getInterfaceAndNodeVisibilityStateObjectIds());
     }
 
     @Override
     protected int[] getDeleteSymbolsObjectIds() {
         record("getDeleteSymbolsObjectIds");
-        return returnNoIds ? null : super.getDeleteSymbolsObjectIds();
+        return answerIds(super.getDeleteSymbolsObjectIds());
     }
 
     @Override

@@ -106,11 +106,19 @@ final class TestSession {
         return thread.getState() == Thread.State.TERMINATED;
     }
 
+    /** Waits until listenForEvents has returned; false when it did not in time. */
+    boolean awaitEnded() throws InterruptedException {
+        thread.join(TimeUnit.SECONDS.toMillis(TIMEOUT_SECONDS));
+        return !thread.isAlive();
+    }
+
     /** Ends the platform session and checks that listenForEvents returned. */
     void end(EmulatorControl control) throws Exception {
         control.ok("end-session");
         thread.join(TimeUnit.SECONDS.toMillis(TIMEOUT_SECONDS));
         assertFalse(thread.isAlive(), "listenForEvents did not return");
         assertEquals("listenForEvents returned()", dispatcher.log().get(dispatcher.log().size() - 1));
+        // The request server has closed its end: a request fails at once.
+        TestNative.captureStderr(() -> assertFalse(client.getSymbolRowData(1, 1, 1)));
     }
 }
