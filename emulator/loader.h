@@ -49,6 +49,12 @@ FieldValue ParseFieldValue(const FieldDef& field, const Json& value, const std::
 void CheckObjectRefs(Map& map, const Object& object);
 void CheckSubmapRefs(Map& map, const Submap& submap);
 void CheckSymbolRefs(Map& map, const Symbol& symbol);
+// The loop of predecessors that placing symbol `id` after `pred` would close,
+// written "104 after 103 after 104"; empty when following `pred` from `id`
+// never comes back to `id`. Removing symbols relinks the ones after them by
+// walking predecessors, so a loop must never enter the map. The walk takes at
+// most one step per symbol of the map.
+std::string PredecessorLoop(Map& map, QXwSymbolId id, QXwSymbolId pred);
 // Fails when another object already carries the object's selection name.
 void CheckSelectionNameFree(const Map& map, const Object& object, const FieldValue& value);
 

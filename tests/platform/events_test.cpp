@@ -138,6 +138,7 @@ TEST_F(EventsTest, RefusedCommandsChangeNothing) {
       {"status 3", "usage: status STATUS ID..."},
       {"move 104 1 5", "wrong number of arguments for move"},
       {"move 104 2 109", "pred 109 is not another symbol of submap 3"},
+      {"move 104 2 103", "pred 103 would make a loop: 104 after 103 after 104"},
       {"normalize 104 2", "the flag must be 0 or 1, not \"2\""},
       {R"(create-symbol {"submap": 99, "object": 51, "variety": 1, "plane": 2})",
        "symbol 111: submap 99 does not exist"},
