@@ -836,12 +836,16 @@ void CheckSymbolRefs(Map& map, const Symbol& s) {
     if (pred->submap != s.submap) {
       throw MapError(entity, "pred " + std::to_string(s.pred) + " lies on another submap");
     }
+    // Only an icon has a place in a submap's sequence to follow.
+    if (pred->variety != QXW_SYMBOL_ICON) {
+      throw MapError(entity, "pred " + std::to_string(s.pred) + " is a connection");
+    }
   }
   if (s.variety == QXW_SYMBOL_CONNECTION) {
     for (QXwSymbolId endpoint : {s.endpoint1, s.endpoint2}) {
-      if (map.FindSymbol(endpoint) == nullptr) {
-        throw MapError(entity, "endpoint " + std::to_string(endpoint) + " does not exist");
-      }
+      const std::string name = "endpoint " + std::to_string(endpoint);
+      if (endpoint == s.id) throw MapError(entity, name + " is the connection itself");
+      if (map.FindSymbol(endpoint) == nullptr) throw MapError(entity, name + " does not exist");
     }
   }
 }

@@ -48,6 +48,8 @@ FieldValue ParseFieldValue(const FieldDef& field, const Json& value, const std::
 // Reference checks of one entity against the map; they throw MapError.
 void CheckObjectRefs(Map& map, const Object& object);
 void CheckSubmapRefs(Map& map, const Submap& submap);
+// A symbol's submap and object exist, its pred is an icon of its own submap,
+// and a connection's endpoints are other symbols than itself.
 void CheckSymbolRefs(Map& map, const Symbol& symbol);
 // The loop of predecessors that placing symbol `id` after `pred` would close,
 // written "104 after 103 after 104"; empty when following `pred` from `id`
