@@ -583,6 +583,12 @@ void WriteAll(int fd, const std::string& text) {
   }
 }
 
+// Adds a command to those waiting for the event loop.
+void QueueCommand(PendingCommand command) {
+  Emu().pending.push_back(std::move(command));
+  Emu().commandQueued.notify_all();
+}
+
 bool HasPendingFor(int fd) {
   for (const PendingCommand& c : Emu().pending) {
     if (c.connection == fd) return true;
@@ -604,13 +610,13 @@ void TakeLines(ControlConnection& c, bool atEnd) {
     std::string line = c.buffer.substr(start, nl - start);
     if (!line.empty() && line.back() == '\r') line.pop_back();
     if (line.find_first_not_of(" \t") != std::string::npos) {
-      Emu().pending.push_back(PendingCommand{std::move(line), c.fd, nullptr});
+      QueueCommand(PendingCommand{std::move(line), c.fd, nullptr});
     }
     start = nl + 1;
   }
   c.buffer.erase(0, start);
   if (atEnd && c.buffer.find_first_not_of(" \t\r") != std::string::npos) {
-    Emu().pending.push_back(PendingCommand{c.buffer, c.fd, nullptr});
+    QueueCommand(PendingCommand{c.buffer, c.fd, nullptr});
     c.buffer.clear();
   }
 }
@@ -642,7 +648,7 @@ std::string Control(std::string_view line) {
   std::unique_lock<std::mutex> lock(emu.mu);
   if (emu.loopInside && emu.loopThread != std::this_thread::get_id()) {
     Waiter waiter;
-    emu.pending.push_back(PendingCommand{std::string(line), -1, &waiter});
+    QueueCommand(PendingCommand{std::string(line), -1, &waiter});
     char byte = 1;
     [[maybe_unused]] ssize_t n = write(emu.wakeWrite, &byte, 1);
     waiter.done.wait(lock, [&] { return waiter.ready; });
@@ -654,6 +660,12 @@ std::string Control(std::string_view line) {
 size_t PendingEvents() {
   std::lock_guard<std::mutex> lock(Emu().mu);
   return Emu().session.events.size();
+}
+
+void AwaitPendingCommands(size_t count) {
+  Emulator& emu = Emu();
+  std::unique_lock<std::mutex> lock(emu.mu);
+  emu.commandQueued.wait(lock, [&] { return emu.pending.size() >= count; });
 }
 
 void Reply(const PendingCommand& command, const std::string& reply) {

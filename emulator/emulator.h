@@ -162,6 +162,8 @@ struct Emulator {
   Failure failures[kFnCount];
   Session session;
   std::deque<PendingCommand> pending;
+  // Notified whenever a command joins `pending`.
+  std::condition_variable commandQueued;
   // The thread inside QXwProcessEvent, if any: in-process commands from
   // other threads are handed to it.
   bool loopInside = false;

@@ -18,6 +18,12 @@ std::string Control(std::string_view line);
 // The number of events queued and not yet delivered.
 size_t PendingEvents();
 
+// Waits until at least `count` control commands (from the socket or from
+// other threads) are waiting for the event loop. A handler running inside
+// the loop can so know that another thread's command has been handed to the
+// loop rather than applied on that thread.
+void AwaitPendingCommands(size_t count);
+
 }  // namespace qxwemu
 
 #endif  // SKIFF_EMULATOR_QXWEMU_H_

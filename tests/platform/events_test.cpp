@@ -239,17 +239,34 @@ TEST_F(EventsTest, ReadableInputsCallTheirHandler) {
 }
 
 TEST_F(EventsTest, CommandsFromAnotherThreadWaitForTheLoop) {
-  std::string reply;
-  std::thread other([&] {
-    // Give the loop time to be inside QXwProcessEvent, waiting.
-    usleep(50 * 1000);
-    reply = qxwemu::Control("hide 103");
-  });
+  // The other thread is started by an input handler, that is from inside
+  // QXwProcessEvent, and the handler returns only once the command waits for
+  // the loop: so the command cannot be applied on the other thread.
+  struct Inside {
+    std::thread other;
+    std::string reply;
+  } inside;
+  auto handler = [](int fd, void* data) {
+    char byte;
+    ASSERT_EQ(read(fd, &byte, 1), 1);
+    auto* in = static_cast<Inside*>(data);
+    in->other = std::thread([in] { in->reply = qxwemu::Control("hide 103"); });
+    qxwemu::AwaitPendingCommands(1);
+  };
+  int fds[2];
+  ASSERT_EQ(pipe(fds), 0);
+  QXwInputId input = QXwAddInput(fds[0], QXW_INPUT_READABLE, handler, &inside);
+  ASSERT_EQ(write(fds[1], "x", 1), 1);
+  EXPECT_EQ(QXwProcessEvent(), 0);  // the handler hands the command over
   EXPECT_EQ(QXwProcessEvent(), 0);  // applies the command
   EXPECT_EQ(QXwProcessEvent(), 0);  // delivers its event
-  other.join();
-  EXPECT_EQ(reply, "{\"ok\":true}");
+  ASSERT_TRUE(inside.other.joinable());
+  inside.other.join();
+  EXPECT_EQ(inside.reply, "{\"ok\":true}");
   EXPECT_EQ(g_seen, std::vector<std::string>{"23 [103]"});
+  QXwRemoveInput(input);
+  close(fds[0]);
+  close(fds[1]);
 }
 
 TEST_F(EventsTest, AClosedMapServesNoContents) {
