@@ -571,16 +571,25 @@ const std::vector<CommandEntry>& Commands() {
 
 Json Refused(const std::string& message) { return Json{{"ok", false}, {"error", message}}; }
 
-void WriteAll(int fd, const std::string& text) {
-  size_t sent = 0;
-  while (sent < text.size()) {
-    ssize_t n = send(fd, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
+// Sends as much of the connection's waiting output as its socket takes now,
+// never waiting for it. False when the peer has gone away.
+bool Flush(ControlConnection& c) {
+  while (!c.output.empty()) {
+    const std::string& front = c.output.front();
+    ssize_t n = send(c.fd, front.data() + c.frontSent, front.size() - c.frontSent,
+                     MSG_NOSIGNAL | MSG_DONTWAIT);
     if (n < 0) {
       if (errno == EINTR) continue;
-      return;  // the peer went away; its remaining replies are dropped
+      return errno == EAGAIN || errno == EWOULDBLOCK;
     }
-    sent += static_cast<size_t>(n);
+    c.frontSent += static_cast<size_t>(n);
+    c.unsent -= static_cast<size_t>(n);
+    if (c.frontSent == front.size()) {
+      c.output.pop_front();
+      c.frontSent = 0;
+    }
   }
+  return true;
 }
 
 // Adds a command to those waiting for the event loop.
@@ -600,6 +609,14 @@ void CloseConnection(Session& session, int fd) {
   close(fd);
   EraseIf(session.connections, [fd](const ControlConnection& c) { return c.fd == fd; });
   EraseIf(Emu().pending, [fd](const PendingCommand& c) { return c.connection == fd; });
+}
+
+// Closes a connection whose peer has finished sending once it has had every
+// reply; true when it did.
+bool CloseWhenDone(Session& session, const ControlConnection& c) {
+  if (!c.eof || c.unsent != 0 || HasPendingFor(c.fd)) return false;
+  CloseConnection(session, c.fd);
+  return true;
 }
 
 void TakeLines(ControlConnection& c, bool atEnd) {
@@ -668,9 +685,9 @@ void AwaitPendingCommands(size_t count) {
   emu.commandQueued.wait(lock, [&] { return emu.pending.size() >= count; });
 }
 
-void Reply(const PendingCommand& command, const std::string& reply) {
+void Reply(const PendingCommand& command, std::string reply) {
   if (command.waiter != nullptr) {
-    command.waiter->reply = reply;
+    command.waiter->reply = std::move(reply);
     command.waiter->ready = true;
     command.waiter->done.notify_all();
     return;
@@ -679,8 +696,21 @@ void Reply(const PendingCommand& command, const std::string& reply) {
   auto c = std::find_if(session.connections.begin(), session.connections.end(),
                         [&](const ControlConnection& k) { return k.fd == command.connection; });
   if (c == session.connections.end()) return;
-  WriteAll(c->fd, reply + "\n");
-  if (c->eof && !HasPendingFor(c->fd)) CloseConnection(session, c->fd);
+  // A client that leaves more than kMaxControlBacklog bytes of replies unread
+  // is disconnected: the loop never waits for a client to read, and this
+  // bounds what a client that never reads can make the emulator hold.
+  if (c->unsent > kMaxControlBacklog) {
+    CloseConnection(session, c->fd);
+    return;
+  }
+  reply += '\n';
+  c->unsent += reply.size();
+  c->output.push_back(std::move(reply));
+  if (!Flush(*c)) {
+    CloseConnection(session, c->fd);  // the peer went away
+    return;
+  }
+  CloseWhenDone(session, *c);
 }
 
 void AnswerPendingWithError(const std::string& error) {
@@ -732,19 +762,32 @@ void CloseControl(Session& session) {
 void AddControlFds(const Session& session, std::vector<pollfd>* fds) {
   if (session.controlListen >= 0) fds->push_back(pollfd{session.controlListen, POLLIN, 0});
   for (const ControlConnection& c : session.connections) {
-    if (!c.eof) fds->push_back(pollfd{c.fd, POLLIN, 0});
+    short events = (c.eof ? 0 : POLLIN) | (c.unsent != 0 ? POLLOUT : 0);
+    if (events != 0) fds->push_back(pollfd{c.fd, events, 0});
   }
 }
 
 void HandleControlFd(Session& session, int fd, short revents) {
   if (fd == session.controlListen) {
-    int client = accept4(fd, nullptr, nullptr, SOCK_CLOEXEC);
-    if (client >= 0) session.connections.push_back(ControlConnection{client, {}, false});
+    int client = accept4(fd, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    if (client >= 0) {
+      ControlConnection connection;
+      connection.fd = client;
+      session.connections.push_back(std::move(connection));
+    }
     return;
   }
   auto c = std::find_if(session.connections.begin(), session.connections.end(),
                         [&](const ControlConnection& k) { return k.fd == fd; });
-  if (c == session.connections.end() || (revents & (POLLIN | POLLHUP | POLLERR)) == 0) return;
+  if (c == session.connections.end()) return;
+  if (c->unsent != 0 && (revents & (POLLOUT | POLLHUP | POLLERR)) != 0) {
+    if (!Flush(*c)) {
+      CloseConnection(session, fd);  // the peer went away
+      return;
+    }
+    if (CloseWhenDone(session, *c)) return;
+  }
+  if (c->eof || (revents & (POLLIN | POLLHUP | POLLERR)) == 0) return;
   char buffer[4096];
   ssize_t n = recv(fd, buffer, sizeof(buffer), 0);
   if (n > 0) {
@@ -752,11 +795,11 @@ void HandleControlFd(Session& session, int fd, short revents) {
     TakeLines(*c, false);
     return;
   }
-  if (n < 0 && errno == EINTR) return;
+  if (n < 0 && (errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK)) return;
   // End of stream: commands already received are still answered.
   TakeLines(*c, true);
   c->eof = true;
-  if (!HasPendingFor(fd)) CloseConnection(session, fd);
+  CloseWhenDone(session, *c);
 }
 
 }  // namespace qxwemu

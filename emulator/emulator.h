@@ -135,9 +135,12 @@ struct Failure {
 };
 
 struct ControlConnection {
-  int fd;
-  std::string buffer;
-  bool eof = false;  // the peer has finished sending
+  int fd = -1;
+  std::string buffer;              // received text not yet taken as lines
+  std::deque<std::string> output;  // replies not yet sent, each with its line end
+  size_t frontSent = 0;            // bytes of output.front() already sent
+  size_t unsent = 0;               // bytes of output not yet sent
+  bool eof = false;                // the peer has finished sending
 };
 
 struct Session {

@@ -9,6 +9,12 @@
 
 namespace qxwemu {
 
+// How far a control client may fall behind in reading its replies. A reply
+// that finds more than this many bytes still unsent to its client
+// disconnects the client instead of being queued. One reply of any size (the
+// dump of a large map) is always taken.
+constexpr size_t kMaxControlBacklog = size_t{8} << 20;
+
 // Applies one control command and returns its one-line JSON reply. From the
 // thread that runs the event loop, or while no thread is inside
 // QXwProcessEvent, the command is applied at once; otherwise it is handed to
