@@ -619,23 +619,43 @@ bool CloseWhenDone(Session& session, const ControlConnection& c) {
   return true;
 }
 
+// Queues the refusal of a line over kMaxControlLine in its turn among the
+// connection's commands, so that replies keep the order of the lines.
+void QueueTooLong(const ControlConnection& c) {
+  QueueCommand(PendingCommand{std::string(), c.fd, nullptr, true});
+}
+
+// Takes the complete lines received on the connection as commands. Only text
+// received since the last call is scanned for line ends. A line over
+// kMaxControlLine is refused once, as soon as it is known to be too long, and
+// what follows of it up to its line end is dropped as it arrives: the
+// connection never holds more than one line's worth of text.
 void TakeLines(ControlConnection& c, bool atEnd) {
   size_t start = 0;
-  for (;;) {
-    size_t nl = c.buffer.find('\n', start);
-    if (nl == std::string::npos) break;
-    std::string line = c.buffer.substr(start, nl - start);
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (line.find_first_not_of(" \t") != std::string::npos) {
-      QueueCommand(PendingCommand{std::move(line), c.fd, nullptr});
+  for (size_t nl; (nl = c.buffer.find('\n', c.scanned)) != std::string::npos;) {
+    if (c.discarding) {
+      c.discarding = false;  // the end of a line refused already
+    } else if (nl - start > kMaxControlLine) {
+      QueueTooLong(c);
+    } else {
+      std::string line = c.buffer.substr(start, nl - start);
+      if (!line.empty() && line.back() == '\r') line.pop_back();
+      if (line.find_first_not_of(" \t") != std::string::npos) {
+        QueueCommand(PendingCommand{std::move(line), c.fd, nullptr});
+      }
     }
-    start = nl + 1;
+    start = c.scanned = nl + 1;
   }
   c.buffer.erase(0, start);
-  if (atEnd && c.buffer.find_first_not_of(" \t\r") != std::string::npos) {
-    QueueCommand(PendingCommand{c.buffer, c.fd, nullptr});
-    c.buffer.clear();
+  if (!c.discarding && c.buffer.size() > kMaxControlLine) {
+    QueueTooLong(c);
+    c.discarding = true;
   }
+  if (atEnd && !c.discarding && c.buffer.find_first_not_of(" \t\r") != std::string::npos) {
+    QueueCommand(PendingCommand{c.buffer, c.fd, nullptr});
+  }
+  if (c.discarding || atEnd) c.buffer.clear();
+  c.scanned = c.buffer.size();
 }
 
 }  // namespace
@@ -658,6 +678,11 @@ std::string ApplyCommand(std::string_view line) {
     reply = Refused(e.what());
   }
   return reply.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+std::string Answer(const PendingCommand& command) {
+  if (!command.tooLong) return ApplyCommand(command.line);
+  return Refused("the command is longer than " + std::to_string(kMaxControlLine) + " bytes").dump();
 }
 
 std::string Control(std::string_view line) {

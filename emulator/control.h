@@ -28,6 +28,10 @@ void AddControlFds(const Session& session, std::vector<pollfd>* fds);
 // queue of pending commands) or sends it the replies it is waiting for.
 void HandleControlFd(Session& session, int fd, short revents);
 
+// The reply to a command taken from the queue: the command applied now, or
+// the refusal of a line that was over kMaxControlLine.
+std::string Answer(const PendingCommand& command);
+
 // Sends a command's reply where the command came from. A socket client gets
 // what its socket takes now; the rest waits for the loop to find the socket
 // writable, so a client that does not read never holds the loop.

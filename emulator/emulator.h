@@ -120,6 +120,7 @@ struct PendingCommand {
   std::string line;
   int connection = -1;  // control socket, or -1 for an in-process caller
   struct Waiter* waiter = nullptr;
+  bool tooLong = false;  // a line over kMaxControlLine: refused, `line` is empty
 };
 
 struct Waiter {
@@ -137,6 +138,8 @@ struct Failure {
 struct ControlConnection {
   int fd = -1;
   std::string buffer;              // received text not yet taken as lines
+  size_t scanned = 0;              // buffer[0, scanned) holds no line end
+  bool discarding = false;         // dropping a line over the bound up to its line end
   std::deque<std::string> output;  // replies not yet sent, each with its line end
   size_t frontSent = 0;            // bytes of output.front() already sent
   size_t unsent = 0;               // bytes of output not yet sent

@@ -9,6 +9,12 @@
 
 namespace qxwemu {
 
+// The longest control command line: its bytes before the line end. A longer
+// line is refused with one error reply as soon as it passes this length, and
+// the rest of it, up to its line end, is discarded as it arrives. A
+// create-object line may carry many objects, hence the generous size.
+constexpr size_t kMaxControlLine = size_t{1} << 20;
+
 // How far a control client may fall behind in reading its replies. A reply
 // that finds more than this many bytes still unsent to its client
 // disconnects the client instead of being queued. One reply of any size (the

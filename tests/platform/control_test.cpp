@@ -1,5 +1,5 @@
-// The control socket: no client can hold the event loop by leaving its
-// replies unread.
+// The control socket: no client can hold the event loop, neither by leaving
+// its replies unread nor by sending a line without end.
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/un.h>
@@ -20,6 +20,8 @@
 namespace {
 
 const std::string kOk = R"({"ok":true})";
+const std::string kTooLong = R"({"ok":false,"error":"the command is longer than )" +
+                             std::to_string(qxwemu::kMaxControlLine) + R"( bytes"})";
 
 // A session with a control socket whose event loop runs on a thread of its
 // own until the session ends.
@@ -104,6 +106,34 @@ TEST_F(ControlSocketTest, AClientThatNeverReadsIsDroppedAndOthersAreServed) {
   buffer.clear();
   while (Reply(idle, &buffer) != "end") ++replies;
   EXPECT_LT(replies, dumps);
+}
+
+TEST_F(ControlSocketTest, ALineLongerThanTheBoundGetsOneRefusal) {
+  struct Case {
+    const char* what;
+    size_t length;  // of a "ping" padded with blanks
+    std::string reply;
+  } cases[] = {
+      {"at the bound", qxwemu::kMaxControlLine, kOk},
+      {"one byte over", qxwemu::kMaxControlLine + 1, kTooLong},
+      {"far over, in many pieces", 3 * qxwemu::kMaxControlLine, kTooLong},
+  };
+  int fd = Connect();
+  std::string buffer;
+  for (const Case& c : cases) {
+    Send(fd, "ping" + std::string(c.length - 4, ' ') + "\nping\n");
+    EXPECT_EQ(Reply(fd, &buffer), c.reply) << c.what;
+    EXPECT_EQ(Reply(fd, &buffer), kOk) << c.what;
+  }
+}
+
+TEST_F(ControlSocketTest, ALineIsRefusedAsSoonAsItPassesTheBound) {
+  int fd = Connect();
+  std::string buffer;
+  Send(fd, "ping" + std::string(qxwemu::kMaxControlLine, ' '));
+  EXPECT_EQ(Reply(fd, &buffer), kTooLong);
+  Send(fd, "the rest of the line\nping\n");
+  EXPECT_EQ(Reply(fd, &buffer), kOk);
 }
 
 }  // namespace
