@@ -240,7 +240,7 @@ int QXwProcessEvent(void) {
     if (!emu.pending.empty()) {
       PendingCommand command = emu.pending.front();
       emu.pending.pop_front();
-      Reply(command, ApplyCommand(command.line));
+      Reply(command, Answer(command));
       return 0;
     }
     std::vector<pollfd> fds;

@@ -256,6 +256,8 @@ Json CmdMove(const Words& w, std::string_view) {
           throw Refusal{"pred " + w[3] + " is not another symbol of submap " +
                         std::to_string(s.submap)};
         }
+        std::string loop = PredecessorLoop(map, s.id, pred);
+        if (!loop.empty()) throw Refusal{"pred " + w[3] + " would make a loop: " + loop};
       }
       s.pred = pred;
     }
@@ -569,16 +571,31 @@ const std::vector<CommandEntry>& Commands() {
 
 Json Refused(const std::string& message) { return Json{{"ok", false}, {"error", message}}; }
 
-void WriteAll(int fd, const std::string& text) {
-  size_t sent = 0;
-  while (sent < text.size()) {
-    ssize_t n = send(fd, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
+// Sends as much of the connection's waiting output as its socket takes now,
+// never waiting for it. False when the peer has gone away.
+bool Flush(ControlConnection& c) {
+  while (!c.output.empty()) {
+    const std::string& front = c.output.front();
+    ssize_t n = send(c.fd, front.data() + c.frontSent, front.size() - c.frontSent,
+                     MSG_NOSIGNAL | MSG_DONTWAIT);
     if (n < 0) {
       if (errno == EINTR) continue;
-      return;  // the peer went away; its remaining replies are dropped
+      return errno == EAGAIN || errno == EWOULDBLOCK;
     }
-    sent += static_cast<size_t>(n);
+    c.frontSent += static_cast<size_t>(n);
+    c.unsent -= static_cast<size_t>(n);
+    if (c.frontSent == front.size()) {
+      c.output.pop_front();
+      c.frontSent = 0;
+    }
   }
+  return true;
+}
+
+// Adds a command to those waiting for the event loop.
+void QueueCommand(PendingCommand command) {
+  Emu().pending.push_back(std::move(command));
+  Emu().commandQueued.notify_all();
 }
 
 bool HasPendingFor(int fd) {
@@ -594,23 +611,51 @@ void CloseConnection(Session& session, int fd) {
   EraseIf(Emu().pending, [fd](const PendingCommand& c) { return c.connection == fd; });
 }
 
+// Closes a connection whose peer has finished sending once it has had every
+// reply; true when it did.
+bool CloseWhenDone(Session& session, const ControlConnection& c) {
+  if (!c.eof || c.unsent != 0 || HasPendingFor(c.fd)) return false;
+  CloseConnection(session, c.fd);
+  return true;
+}
+
+// Queues the refusal of a line over kMaxControlLine in its turn among the
+// connection's commands, so that replies keep the order of the lines.
+void QueueTooLong(const ControlConnection& c) {
+  QueueCommand(PendingCommand{std::string(), c.fd, nullptr, true});
+}
+
+// Takes the complete lines received on the connection as commands. Only text
+// received since the last call is scanned for line ends. A line over
+// kMaxControlLine is refused once, as soon as it is known to be too long, and
+// what follows of it up to its line end is dropped as it arrives: the
+// connection never holds more than one line's worth of text.
 void TakeLines(ControlConnection& c, bool atEnd) {
   size_t start = 0;
-  for (;;) {
-    size_t nl = c.buffer.find('\n', start);
-    if (nl == std::string::npos) break;
-    std::string line = c.buffer.substr(start, nl - start);
-    if (!line.empty() && line.back() == '\r') line.pop_back();
-    if (line.find_first_not_of(" \t") != std::string::npos) {
-      Emu().pending.push_back(PendingCommand{std::move(line), c.fd, nullptr});
+  for (size_t nl; (nl = c.buffer.find('\n', c.scanned)) != std::string::npos;) {
+    if (c.discarding) {
+      c.discarding = false;  // the end of a line refused already
+    } else if (nl - start > kMaxControlLine) {
+      QueueTooLong(c);
+    } else {
+      std::string line = c.buffer.substr(start, nl - start);
+      if (!line.empty() && line.back() == '\r') line.pop_back();
+      if (line.find_first_not_of(" \t") != std::string::npos) {
+        QueueCommand(PendingCommand{std::move(line), c.fd, nullptr});
+      }
     }
-    start = nl + 1;
+    start = c.scanned = nl + 1;
   }
   c.buffer.erase(0, start);
-  if (atEnd && c.buffer.find_first_not_of(" \t\r") != std::string::npos) {
-    Emu().pending.push_back(PendingCommand{c.buffer, c.fd, nullptr});
-    c.buffer.clear();
+  if (!c.discarding && c.buffer.size() > kMaxControlLine) {
+    QueueTooLong(c);
+    c.discarding = true;
   }
+  if (atEnd && !c.discarding && c.buffer.find_first_not_of(" \t\r") != std::string::npos) {
+    QueueCommand(PendingCommand{c.buffer, c.fd, nullptr});
+  }
+  if (c.discarding || atEnd) c.buffer.clear();
+  c.scanned = c.buffer.size();
 }
 
 }  // namespace
@@ -635,12 +680,17 @@ std::string ApplyCommand(std::string_view line) {
   return reply.dump(-1, ' ', false, Json::error_handler_t::replace);
 }
 
+std::string Answer(const PendingCommand& command) {
+  if (!command.tooLong) return ApplyCommand(command.line);
+  return Refused("the command is longer than " + std::to_string(kMaxControlLine) + " bytes").dump();
+}
+
 std::string Control(std::string_view line) {
   Emulator& emu = Emu();
   std::unique_lock<std::mutex> lock(emu.mu);
   if (emu.loopInside && emu.loopThread != std::this_thread::get_id()) {
     Waiter waiter;
-    emu.pending.push_back(PendingCommand{std::string(line), -1, &waiter});
+    QueueCommand(PendingCommand{std::string(line), -1, &waiter});
     char byte = 1;
     [[maybe_unused]] ssize_t n = write(emu.wakeWrite, &byte, 1);
     waiter.done.wait(lock, [&] { return waiter.ready; });
@@ -654,9 +704,15 @@ size_t PendingEvents() {
   return Emu().session.events.size();
 }
 
-void Reply(const PendingCommand& command, const std::string& reply) {
+void AwaitPendingCommands(size_t count) {
+  Emulator& emu = Emu();
+  std::unique_lock<std::mutex> lock(emu.mu);
+  emu.commandQueued.wait(lock, [&] { return emu.pending.size() >= count; });
+}
+
+void Reply(const PendingCommand& command, std::string reply) {
   if (command.waiter != nullptr) {
-    command.waiter->reply = reply;
+    command.waiter->reply = std::move(reply);
     command.waiter->ready = true;
     command.waiter->done.notify_all();
     return;
@@ -665,8 +721,21 @@ void Reply(const PendingCommand& command, const std::string& reply) {
   auto c = std::find_if(session.connections.begin(), session.connections.end(),
                         [&](const ControlConnection& k) { return k.fd == command.connection; });
   if (c == session.connections.end()) return;
-  WriteAll(c->fd, reply + "\n");
-  if (c->eof && !HasPendingFor(c->fd)) CloseConnection(session, c->fd);
+  // A client that leaves more than kMaxControlBacklog bytes of replies unread
+  // is disconnected: the loop never waits for a client to read, and this
+  // bounds what a client that never reads can make the emulator hold.
+  if (c->unsent > kMaxControlBacklog) {
+    CloseConnection(session, c->fd);
+    return;
+  }
+  reply += '\n';
+  c->unsent += reply.size();
+  c->output.push_back(std::move(reply));
+  if (!Flush(*c)) {
+    CloseConnection(session, c->fd);  // the peer went away
+    return;
+  }
+  CloseWhenDone(session, *c);
 }
 
 void AnswerPendingWithError(const std::string& error) {
@@ -718,19 +787,32 @@ void CloseControl(Session& session) {
 void AddControlFds(const Session& session, std::vector<pollfd>* fds) {
   if (session.controlListen >= 0) fds->push_back(pollfd{session.controlListen, POLLIN, 0});
   for (const ControlConnection& c : session.connections) {
-    if (!c.eof) fds->push_back(pollfd{c.fd, POLLIN, 0});
+    short events = (c.eof ? 0 : POLLIN) | (c.unsent != 0 ? POLLOUT : 0);
+    if (events != 0) fds->push_back(pollfd{c.fd, events, 0});
   }
 }
 
 void HandleControlFd(Session& session, int fd, short revents) {
   if (fd == session.controlListen) {
-    int client = accept4(fd, nullptr, nullptr, SOCK_CLOEXEC);
-    if (client >= 0) session.connections.push_back(ControlConnection{client, {}, false});
+    int client = accept4(fd, nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
+    if (client >= 0) {
+      ControlConnection connection;
+      connection.fd = client;
+      session.connections.push_back(std::move(connection));
+    }
     return;
   }
   auto c = std::find_if(session.connections.begin(), session.connections.end(),
                         [&](const ControlConnection& k) { return k.fd == fd; });
-  if (c == session.connections.end() || (revents & (POLLIN | POLLHUP | POLLERR)) == 0) return;
+  if (c == session.connections.end()) return;
+  if (c->unsent != 0 && (revents & (POLLOUT | POLLHUP | POLLERR)) != 0) {
+    if (!Flush(*c)) {
+      CloseConnection(session, fd);  // the peer went away
+      return;
+    }
+    if (CloseWhenDone(session, *c)) return;
+  }
+  if (c->eof || (revents & (POLLIN | POLLHUP | POLLERR)) == 0) return;
   char buffer[4096];
   ssize_t n = recv(fd, buffer, sizeof(buffer), 0);
   if (n > 0) {
@@ -738,11 +820,11 @@ void HandleControlFd(Session& session, int fd, short revents) {
     TakeLines(*c, false);
     return;
   }
-  if (n < 0 && errno == EINTR) return;
+  if (n < 0 && (errno == EINTR || errno == EAGAIN || errno == EWOULDBLOCK)) return;
   // End of stream: commands already received are still answered.
   TakeLines(*c, true);
   c->eof = true;
-  if (!HasPendingFor(fd)) CloseConnection(session, fd);
+  CloseWhenDone(session, *c);
 }
 
 }  // namespace qxwemu

@@ -24,12 +24,18 @@ void CloseControl(Session& session);
 
 // The descriptors the event loop waits on for the control channel.
 void AddControlFds(const Session& session, std::vector<pollfd>* fds);
-// Accepts a connection or reads commands from one; complete lines join the
-// queue of pending commands.
+// Accepts a connection, reads commands from one (complete lines join the
+// queue of pending commands) or sends it the replies it is waiting for.
 void HandleControlFd(Session& session, int fd, short revents);
 
-// Sends a command's reply where the command came from.
-void Reply(const PendingCommand& command, const std::string& reply);
+// The reply to a command taken from the queue: the command applied now, or
+// the refusal of a line that was over kMaxControlLine.
+std::string Answer(const PendingCommand& command);
+
+// Sends a command's reply where the command came from. A socket client gets
+// what its socket takes now; the rest waits for the loop to find the socket
+// writable, so a client that does not read never holds the loop.
+void Reply(const PendingCommand& command, std::string reply);
 // Answers every pending command with an error (the session has ended).
 void AnswerPendingWithError(const std::string& error);
 

@@ -120,6 +120,7 @@ struct PendingCommand {
   std::string line;
   int connection = -1;  // control socket, or -1 for an in-process caller
   struct Waiter* waiter = nullptr;
+  bool tooLong = false;  // a line over kMaxControlLine: refused, `line` is empty
 };
 
 struct Waiter {
@@ -135,9 +136,14 @@ struct Failure {
 };
 
 struct ControlConnection {
-  int fd;
-  std::string buffer;
-  bool eof = false;  // the peer has finished sending
+  int fd = -1;
+  std::string buffer;              // received text not yet taken as lines
+  size_t scanned = 0;              // buffer[0, scanned) holds no line end
+  bool discarding = false;         // dropping a line over the bound up to its line end
+  std::deque<std::string> output;  // replies not yet sent, each with its line end
+  size_t frontSent = 0;            // bytes of output.front() already sent
+  size_t unsent = 0;               // bytes of output not yet sent
+  bool eof = false;                // the peer has finished sending
 };
 
 struct Session {
@@ -162,6 +168,8 @@ struct Emulator {
   Failure failures[kFnCount];
   Session session;
   std::deque<PendingCommand> pending;
+  // Notified whenever a command joins `pending`.
+  std::condition_variable commandQueued;
   // The thread inside QXwProcessEvent, if any: in-process commands from
   // other threads are handed to it.
   bool loopInside = false;

@@ -8,6 +8,7 @@
 #include <limits>
 #include <optional>
 #include <set>
+#include <unordered_map>
 #include <unordered_set>
 
 namespace qxwemu {
@@ -105,6 +106,30 @@ class Reader {
   std::string entity_;
   std::vector<const char*> read_;  // the keys asked for (string literals)
 };
+
+// Fails when predecessors loop, naming the first symbol of the loop that the
+// walks, begun from each of `symbols` in turn, reach. A walk stops at a symbol
+// an earlier walk has cleared, so each symbol is walked once and the check is
+// linear in the map's size.
+void CheckPredecessorLoops(Map& map, const std::vector<const Symbol*>& symbols) {
+  enum : char { kOnWalk = 1, kCleared = 2 };
+  std::unordered_map<QXwSymbolId, char> state;
+  std::vector<QXwSymbolId> walk;
+  for (const Symbol* start : symbols) {
+    walk.clear();
+    const Symbol* at = start;
+    while (at != nullptr && at->pred != 0 && state.emplace(at->id, kOnWalk).second) {
+      walk.push_back(at->id);
+      at = map.FindSymbol(at->pred);
+    }
+    if (at != nullptr && at->pred != 0 && state[at->id] == kOnWalk) {
+      throw MapError("symbol " + std::to_string(at->id),
+                     "pred " + std::to_string(at->pred) +
+                         " makes a loop: " + PredecessorLoop(map, at->id, at->pred));
+    }
+    for (QXwSymbolId id : walk) state[id] = kCleared;
+  }
+}
 
 std::string Positional(const char* kind, size_t position) {
   return std::string(kind) + " at position " + std::to_string(position);
@@ -512,7 +537,9 @@ class MapBuilder : public MapSax::Handler {
       }
     }
     for (Symbol& s : pendingSymbols_) map.AddSymbol(std::move(s));
-    for (const Symbol* s : map.SymbolsInOrder()) CheckSymbolRefs(map, *s);
+    const std::vector<const Symbol*> symbols = map.SymbolsInOrder();
+    for (const Symbol* s : symbols) CheckSymbolRefs(map, *s);
+    CheckPredecessorLoops(map, symbols);
     return std::move(map_);
   }
 
@@ -809,13 +836,34 @@ void CheckSymbolRefs(Map& map, const Symbol& s) {
     if (pred->submap != s.submap) {
       throw MapError(entity, "pred " + std::to_string(s.pred) + " lies on another submap");
     }
+    // Only an icon has a place in a submap's sequence to follow.
+    if (pred->variety != QXW_SYMBOL_ICON) {
+      throw MapError(entity, "pred " + std::to_string(s.pred) + " is a connection");
+    }
   }
   if (s.variety == QXW_SYMBOL_CONNECTION) {
     for (QXwSymbolId endpoint : {s.endpoint1, s.endpoint2}) {
-      if (map.FindSymbol(endpoint) == nullptr) {
-        throw MapError(entity, "endpoint " + std::to_string(endpoint) + " does not exist");
-      }
+      const std::string name = "endpoint " + std::to_string(endpoint);
+      if (endpoint == s.id) throw MapError(entity, name + " is the connection itself");
+      if (map.FindSymbol(endpoint) == nullptr) throw MapError(entity, name + " does not exist");
     }
+  }
+}
+
+std::string PredecessorLoop(Map& map, QXwSymbolId id, QXwSymbolId pred) {
+  // Find the loop first, and write it out only when there is one.
+  bool loops = false;
+  QXwSymbolId at = pred;
+  for (size_t steps = 0; at != 0 && steps <= map.SymbolCount() && !loops; ++steps) {
+    loops = at == id;
+    const Symbol* s = map.FindSymbol(at);
+    at = s == nullptr ? 0 : s->pred;
+  }
+  if (!loops) return {};
+  std::string chain = std::to_string(id);
+  for (at = pred;; at = map.FindSymbol(at)->pred) {
+    chain += " after " + std::to_string(at);
+    if (at == id) return chain;
   }
 }
 

@@ -48,7 +48,15 @@ FieldValue ParseFieldValue(const FieldDef& field, const Json& value, const std::
 // Reference checks of one entity against the map; they throw MapError.
 void CheckObjectRefs(Map& map, const Object& object);
 void CheckSubmapRefs(Map& map, const Submap& submap);
+// A symbol's submap and object exist, its pred is an icon of its own submap,
+// and a connection's endpoints are other symbols than itself.
 void CheckSymbolRefs(Map& map, const Symbol& symbol);
+// The loop of predecessors that placing symbol `id` after `pred` would close,
+// written "104 after 103 after 104"; empty when following `pred` from `id`
+// never comes back to `id`. Removing symbols relinks the ones after them by
+// walking predecessors, so a loop must never enter the map. The walk takes at
+// most one step per symbol of the map.
+std::string PredecessorLoop(Map& map, QXwSymbolId id, QXwSymbolId pred);
 // Fails when another object already carries the object's selection name.
 void CheckSelectionNameFree(const Map& map, const Object& object, const FieldValue& value);
 

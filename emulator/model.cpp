@@ -177,6 +177,20 @@ void Map::SetField(Object& object, FieldValue value) {
   IndexValue(object, object.fields.back());
 }
 
+QXwSymbolId Map::LivePredecessor(const Symbol& symbol,
+                                 const std::unordered_set<const Symbol*>& dead) {
+  QXwSymbolId pred = symbol.pred;
+  // A chain of distinct removed symbols is at most dead.size() long: one
+  // more removed symbol means the chain has come round a loop.
+  for (size_t passed = 0; pred != 0; ++passed) {
+    const Symbol* p = FindSymbol(pred);
+    if (p == nullptr || dead.count(p) == 0) break;
+    if (passed == dead.size()) return 0;
+    pred = p->pred;
+  }
+  return pred == symbol.id ? 0 : pred;
+}
+
 void Map::UnlinkSymbols(const std::unordered_set<const Symbol*>& dead) {
   if (dead.empty()) return;
   auto isDead = [&](const Symbol* s) { return dead.count(s) != 0; };
@@ -189,14 +203,9 @@ void Map::UnlinkSymbols(const std::unordered_set<const Symbol*>& dead) {
   for (Object* o : objects) EraseIf(o->symbols, isDead);
   for (Submap* m : submaps) {
     EraseIf(m->symbols, isDead);
-    // A symbol placed after a removed one now follows that one's predecessor.
-    for (Symbol* s : m->symbols) {
-      while (s->pred != 0) {
-        Symbol* pred = FindSymbol(s->pred);
-        if (pred == nullptr || !isDead(pred)) break;
-        s->pred = pred->pred;
-      }
-    }
+    // A symbol placed after a removed one now follows the nearest one
+    // before it that stays.
+    for (Symbol* s : m->symbols) s->pred = LivePredecessor(*s, dead);
   }
   std::vector<QXwSymbolId> ids;
   ids.reserve(dead.size());

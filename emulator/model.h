@@ -131,6 +131,7 @@ class Map {
   std::vector<const Submap*> SubmapsInOrder() const;
   std::vector<const Symbol*> SymbolsInOrder() const;
   size_t ObjectCount() const { return objects_.size(); }
+  size_t SymbolCount() const { return symbols_.size(); }
 
   QXwObjectId NextObjectId() const { return maxObjectId_ + 1; }
   QXwSubmapId NextSubmapId() const { return maxSubmapId_ + 1; }
@@ -186,6 +187,11 @@ class Map {
   std::vector<Object*>* Bucket(const FieldDef& field, const Scalar& value, bool create);
   void IndexValue(Object& object, const FieldValue& value);
   void UnindexValue(Object& object, const FieldValue& value);
+  // The predecessor `symbol` keeps when the `dead` symbols go: the nearest
+  // one before it that stays, or 0 when none does (never the symbol itself).
+  // The walk takes at most one step more than there are dead symbols, so
+  // predecessors that loop cannot hold it.
+  QXwSymbolId LivePredecessor(const Symbol& symbol, const std::unordered_set<const Symbol*>& dead);
   void UnlinkSymbols(const std::unordered_set<const Symbol*>& dead);
 
   std::vector<FieldDef> fields_;

@@ -138,9 +138,16 @@ TEST_F(EventsTest, RefusedCommandsChangeNothing) {
       {"status 3", "usage: status STATUS ID..."},
       {"move 104 1 5", "wrong number of arguments for move"},
       {"move 104 2 109", "pred 109 is not another symbol of submap 3"},
+      {"move 104 2 103", "pred 103 would make a loop: 104 after 103 after 104"},
       {"normalize 104 2", "the flag must be 0 or 1, not \"2\""},
       {R"(create-symbol {"submap": 99, "object": 51, "variety": 1, "plane": 2})",
        "symbol 111: submap 99 does not exist"},
+      {R"(create-symbol {"id": 120, "submap": 3, "object": 60, "variety": 2, "plane": 2,
+                         "endpoint1": 120, "endpoint2": 103})",
+       "symbol 120: endpoint 120 is the connection itself"},
+      {R"(create-symbol {"submap": 3, "object": 51, "variety": 1, "plane": 2,
+                         "placement": 2, "pred": 107})",
+       "symbol 111: pred 107 is a connection"},
       {"create-symbol [1]", "the argument must be a JSON object"},
       {R"(create-submap {"parentObject": 40})", "object 40 already has child submap 4"},
       {R"(create-object {"id": 30})", "object 30 already exists"},
@@ -232,17 +239,34 @@ TEST_F(EventsTest, ReadableInputsCallTheirHandler) {
 }
 
 TEST_F(EventsTest, CommandsFromAnotherThreadWaitForTheLoop) {
-  std::string reply;
-  std::thread other([&] {
-    // Give the loop time to be inside QXwProcessEvent, waiting.
-    usleep(50 * 1000);
-    reply = qxwemu::Control("hide 103");
-  });
+  // The other thread is started by an input handler, that is from inside
+  // QXwProcessEvent, and the handler returns only once the command waits for
+  // the loop: so the command cannot be applied on the other thread.
+  struct Inside {
+    std::thread other;
+    std::string reply;
+  } inside;
+  auto handler = [](int fd, void* data) {
+    char byte;
+    ASSERT_EQ(read(fd, &byte, 1), 1);
+    auto* in = static_cast<Inside*>(data);
+    in->other = std::thread([in] { in->reply = qxwemu::Control("hide 103"); });
+    qxwemu::AwaitPendingCommands(1);
+  };
+  int fds[2];
+  ASSERT_EQ(pipe(fds), 0);
+  QXwInputId input = QXwAddInput(fds[0], QXW_INPUT_READABLE, handler, &inside);
+  ASSERT_EQ(write(fds[1], "x", 1), 1);
+  EXPECT_EQ(QXwProcessEvent(), 0);  // the handler hands the command over
   EXPECT_EQ(QXwProcessEvent(), 0);  // applies the command
   EXPECT_EQ(QXwProcessEvent(), 0);  // delivers its event
-  other.join();
-  EXPECT_EQ(reply, "{\"ok\":true}");
+  ASSERT_TRUE(inside.other.joinable());
+  inside.other.join();
+  EXPECT_EQ(inside.reply, "{\"ok\":true}");
   EXPECT_EQ(g_seen, std::vector<std::string>{"23 [103]"});
+  QXwRemoveInput(input);
+  close(fds[0]);
+  close(fds[1]);
 }
 
 TEST_F(EventsTest, AClosedMapServesNoContents) {
