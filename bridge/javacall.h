@@ -188,8 +188,8 @@ inline jobject Target(const JavaPeer* peer, const JavaMethod& method) {
 // The same on the peer's own object (its class for a static method).
 template <typename R = jobject, typename... Args>
 LocalRef<R> CallObject(JNIEnv* pEnv, const JavaPeer* peer, const JavaMethod& method, Args... args) {
-  if (peer == nullptr) return {};
-  return CallObjectOn<R>(pEnv, Target(peer, method), peer, method, args...);
+  return peer != nullptr ? CallObjectOn<R>(pEnv, Target(peer, method), peer, method, args...)
+                         : LocalRef<R>();
 }
 
 template <typename... Args>

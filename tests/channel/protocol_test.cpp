@@ -146,19 +146,22 @@ TEST(RequestParse, MissingArgumentsCountAsEmptyOrZero) {
   char oneNumber[] = "5 42";
   EXPECT_EQ(ParseNumbers<3>(SplitRequest(oneNumber).arguments), (std::array<int32_t, 3>{42, 0, 0}));
 
-  char nameOnly[] = "3 router1";
-  NodeSymbolRequest node = ParseNodeSymbol(SplitRequest(nameOnly).arguments);
-  EXPECT_STREQ(node.selectionName, "router1");
-  EXPECT_STREQ(node.parentSelectionName, "");
-  EXPECT_EQ(node.customSubmapId, 0);
-  EXPECT_EQ(node.doRecreateParentPath, 0);
-
-  char emptyFirst[] = "3 \vSite A\v\v1";
-  NodeSymbolRequest positional = ParseNodeSymbol(SplitRequest(emptyFirst).arguments);
-  EXPECT_STREQ(positional.selectionName, "");
-  EXPECT_STREQ(positional.parentSelectionName, "Site A");
-  EXPECT_EQ(positional.customSubmapId, 0);
-  EXPECT_EQ(positional.doRecreateParentPath, 1);
+  // Fields are positional: an empty one keeps the others in their places.
+  struct NodeCase {
+    std::string text;
+    const char* selectionName;
+    const char* parentSelectionName;
+    int32_t doRecreateParentPath;
+  };
+  for (const NodeCase& c :
+       {NodeCase{"3 router1", "router1", "", 0}, NodeCase{"3 \vSite A\v\v1", "", "Site A", 1}}) {
+    std::string text = c.text;
+    NodeSymbolRequest node = ParseNodeSymbol(SplitRequest(text.data()).arguments);
+    EXPECT_STREQ(node.selectionName, c.selectionName) << c.text;
+    EXPECT_STREQ(node.parentSelectionName, c.parentSelectionName) << c.text;
+    EXPECT_EQ(node.customSubmapId, 0) << c.text;
+    EXPECT_EQ(node.doRecreateParentPath, c.doRecreateParentPath) << c.text;
+  }
 
   char emptyFields[] = "4 \v\v";
   NodeParentPathRequest path = ParseNodeParentPath(SplitRequest(emptyFields).arguments);
