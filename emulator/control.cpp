@@ -256,6 +256,7 @@ Json CmdMove(const Words& w, std::string_view) {
           throw Refusal{"pred " + w[3] + " is not another symbol of submap " +
                         std::to_string(s.submap)};
         }
+        if (p.variety != QXW_SYMBOL_ICON) throw Refusal{"pred " + w[3] + " is a connection"};
         std::string loop = PredecessorLoop(map, s.id, pred);
         if (!loop.empty()) throw Refusal{"pred " + w[3] + " would make a loop: " + loop};
       }

@@ -845,7 +845,9 @@ void CheckSymbolRefs(Map& map, const Symbol& s) {
     for (QXwSymbolId endpoint : {s.endpoint1, s.endpoint2}) {
       const std::string name = "endpoint " + std::to_string(endpoint);
       if (endpoint == s.id) throw MapError(entity, name + " is the connection itself");
-      if (map.FindSymbol(endpoint) == nullptr) throw MapError(entity, name + " does not exist");
+      const Symbol* end = map.FindSymbol(endpoint);
+      if (end == nullptr) throw MapError(entity, name + " does not exist");
+      if (end->submap != s.submap) throw MapError(entity, name + " lies on another submap");
     }
   }
 }

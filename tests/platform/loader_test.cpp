@@ -93,6 +93,8 @@ TEST(LoaderTest, EveryViolationIsNamed) {
        "symbol 100: \"plane\" must be 2 (application) or 4 (user)"},
       {"missing endpoint", [](Json& m) { m["symbols"][2]["endpoint2"] = 999; },
        "symbol 102: endpoint 999 does not exist"},
+      {"endpoint on another submap", [](Json& m) { m["symbols"][0]["submap"] = 2; },
+       "symbol 102: endpoint 100 lies on another submap"},
       {"connection to itself", [](Json& m) { m["symbols"][2]["endpoint2"] = 102; },
        "symbol 102: endpoint 102 is the connection itself"},
       {"connection without endpoints", [](Json& m) { m["symbols"][2].erase("endpoint1"); },

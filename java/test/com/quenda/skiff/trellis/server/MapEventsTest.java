@@ -19,7 +19,7 @@ import org.junit.jupiter.api.TestMethodOrder;
  * Map events on map-events.json, driven through the emulator's control socket, with the exact
  * callbacks each makes. Submaps 1, 2, 3 and 5 are loaded; 4 is not. Submap 2 holds node 200,
  * connection 201 and node 202 (placed after 200); submap 3 node 300 and node 301 (placement 7);
- * submap 4 node 400; submap 5 only connection 500.
+ * submap 4 node 400; submap 5 connection 500 between nodes 501 and 502.
  */
 @TestMethodOrder(MethodOrderer.OrderAnnotation.class)
 class MapEventsTest extends OneSessionTest {
@@ -141,9 +141,12 @@ class MapEventsTest extends OneSessionTest {
         assertEquals(concat(BEGIN, List.of("submapAutoLayoutChangeCB(3, 2, true)"),
                 refreshOf3(), END), callbacks("autolayout 3 1"));
         assertTrue(dispatcher.getSubmap(3).isAutoLayout());
-        // A submap of connections alone has no position to report.
-        assertEquals(concat(BEGIN, List.of("submapAutoLayoutChangeCB(5, 0, true)"), refresh(5),
-                END), callbacks("autolayout 5 1"));
+        // The connection between them has no position of its own to report.
+        assertEquals(concat(BEGIN, List.of("submapAutoLayoutChangeCB(5, 0, true)"),
+                             refresh(5, moved(501, 5, 1, 8, 9, 0, false, true, true),
+                                     moved(502, 5, 1, 40, 9, 0, false, false, true)),
+                             END),
+                callbacks("autolayout 5 1"));
     }
 
     @Test
