@@ -26,6 +26,7 @@ using FieldBindListPtr = PlatformPtr<QXwFieldBindList, QXwDbFreeFieldBindList>;
 using ObjectFieldListPtr = PlatformPtr<QXwObjectFieldList, QXwDbFreeObjectFieldList>;
 using PlatformFieldListPtr = PlatformPtr<QXwFieldList, QXwDbFreeFieldList>;
 using FieldInfoPtr = PlatformPtr<QXwFieldInfo, QXwDbFreeFieldInfo>;
+using ObjectIdListPtr = PlatformPtr<QXwObjectIdList, QXwDbFreeObjectIdList>;
 
 // Field values, read only through the member their field_type names: a
 // value of another type counts as absent, so no union member is ever read as

@@ -43,6 +43,16 @@ bool ServeSymbolRowData(char* arguments) {
       QxwEventDispatcher::GetSymbolRowData(symbolId, objectId, propertySetIndex));
 }
 
+// A search: the query text comes last, whole.
+bool ServeMatchingSymbols(char* arguments) {
+  skiff::channel::MatchingSymbolsRequest request = skiff::channel::ParseMatchingSymbols(arguments);
+  QxwEventDispatcher::GetMatchingSymbols(
+      static_cast<QUERY_CATEGORY_TYPE>(request.queryCategoryType),
+      static_cast<QUERY_MATCH_TYPE>(request.queryMatchType), request.queryString,
+      request.numRootObjects);
+  return true;
+}
+
 // The map state requests carry a count and, all but deletion, a state: 1
 // acknowledges, manages or hides, any other number undoes. They are answered
 // 1 whatever happened; failures are reported on standard error.
@@ -85,6 +95,7 @@ struct Service {
 constexpr Service kServices[] = {
     {skiff::channel::kGetSubmapAndSymbols, ServeSubmapAndSymbols},
     {skiff::channel::kGetSymbolRowData, ServeSymbolRowData},
+    {skiff::channel::kGetMatchingSymbols, ServeMatchingSymbols},
     {skiff::channel::kSetAcknowledgeState, ServeAcknowledgeState},
     {skiff::channel::kSetManageState, ServeManageState},
     {skiff::channel::kSetSymbolVisibilityState, ServeSymbolVisibilityState},

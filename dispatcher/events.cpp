@@ -11,6 +11,7 @@
 #include "bridge/tracescope.h"
 #include "dispatcher/main.h"
 #include "dispatcher/submapcontents.h"
+#include "scoping/nsp.h"
 #include "tables/idsets.h"
 #include "tables/keyedtable.h"
 #include "tables/scopingcache.h"
@@ -171,30 +172,31 @@ void QxwEventDispatcher::SymbolsUnhiddenCB(void*, int, QXwMapInfo*, QXwSymbolLis
   ReportVisibilityChange(pSymbols, m_symbolUnhiddenCB);
 }
 
-void QxwEventDispatcher::SymbolsCreatedCB(void*, int, QXwMapInfo*, QXwSymbolList* pSymbols) {
+void QxwEventDispatcher::SymbolsCreatedCB(void*, int, QXwMapInfo* pMap, QXwSymbolList* pSymbols) {
   SKIFF_TRACE("QxwEventDispatcher::SymbolsCreatedCB");
   skiff::DispatcherVerbose("SymbolsCreatedCB\n");
   JNIEnv* pEnv = skiff::jni::AttachedEnv();
-  ReportSymbolBatch(pEnv, pSymbols, [pEnv](const QXwSymbolInfo& symbol, SubmapHashtable& touched) {
-    // Both steps concern every created symbol, on a loaded submap or not.
-    if (m_thisQxwSessionEnablesLocationTracking && m_doSetLocationIDFieldInCallbacks) {
-      // Setting the Location ID field of the symbol's object goes here; that
-      // field is not maintained yet.
-    }
-    if (m_thisQxwSessionEnablesLocationTracking && m_doInvokeJavaCallbacksForScopingUpdates) {
-      // Reporting a new network to location scoping goes here; location
-      // scoping is not built yet.
-    }
-    if (!SubmapInCache(pEnv, symbol.submap_id)) return;
-    skiff::jni::LocalRef<jobject> symbolObject;
-    if (symbol.symbol_variety == QXW_SYMBOL_ICON) {
-      symbolObject = AddNodeSymbol(pEnv, &symbol, 0);
-    } else if (symbol.symbol_variety == QXW_SYMBOL_CONNECTION) {
-      symbolObject = AddConnectionSymbol(pEnv, &symbol);
-    }
-    touched.AddIfNeeded(symbol.submap_id);
-    CallVoid(pEnv, Peer(), m_symbolCreatedCB, symbolObject.get(), skiff::JavaId(symbol.submap_id));
-  });
+  ReportSymbolBatch(
+      pEnv, pSymbols, [pEnv, pMap](const QXwSymbolInfo& symbol, SubmapHashtable& touched) {
+        // Both steps concern every created symbol, on a loaded submap or not.
+        if (m_thisQxwSessionEnablesLocationTracking && m_doSetLocationIDFieldInCallbacks) {
+          NSP::SetLocationIDFieldIfNeeded(pMap, &symbol);
+        }
+        if (m_thisQxwSessionEnablesLocationTracking && m_doInvokeJavaCallbacksForScopingUpdates) {
+          // Reporting a new network to location scoping goes here; location
+          // scoping is not built yet.
+        }
+        if (!SubmapInCache(pEnv, symbol.submap_id)) return;
+        skiff::jni::LocalRef<jobject> symbolObject;
+        if (symbol.symbol_variety == QXW_SYMBOL_ICON) {
+          symbolObject = AddNodeSymbol(pEnv, &symbol, 0);
+        } else if (symbol.symbol_variety == QXW_SYMBOL_CONNECTION) {
+          symbolObject = AddConnectionSymbol(pEnv, &symbol);
+        }
+        touched.AddIfNeeded(symbol.submap_id);
+        CallVoid(pEnv, Peer(), m_symbolCreatedCB, symbolObject.get(),
+                 skiff::JavaId(symbol.submap_id));
+      });
 }
 
 void QxwEventDispatcher::SymbolsDeletedCB(void*, int, QXwMapInfo*, QXwSymbolList* pSymbols) {

@@ -11,6 +11,7 @@
 #include "channel/qxwinterface.h"
 #include "dispatcher/fieldinfocache.h"
 #include "platform/qxwdb.h"
+#include "scoping/nsp.h"
 #include "tables/scopingcache.h"
 
 using skiff::jni::JavaMethod;
@@ -95,6 +96,7 @@ bool QxwEventDispatcher::Connect() {
     CacheFieldIds();
     m_thisQxwSessionEnablesLocationTracking =
         ShouldEnableLocationTracking(m_pMap, m_mapNameForLocationTracking);
+    NSP::CacheNSPFieldIds();
     ScopingCache::OpenScopeCache();
     AddQXwCallbacks();
   }

@@ -19,6 +19,7 @@
 #include "bridge/platformrecords.h"
 #include "platform/qxw.h"
 #include "platform/qxwdb.h"
+#include "search/findobject.h"
 
 class NetworkSubmapNodeInterfacesHashtable;
 class ObjectSymbolInfoHashtable;
@@ -292,6 +293,29 @@ class QxwEventDispatcher {
   // platform call per object that has a symbol list (also an empty one);
   // objects the platform gives no list for are passed over.
   static void DeleteAllSymbolsForObjects(int numObjects);
+
+  // Search (search/matchingsymbols.cpp).
+
+  // Reports, with one addFoundSymbolInfo each, the symbols of the objects
+  // that match the query (see FindSymbol::ForEachFoundSymbol); for
+  // numRootObjects 1 or more only those within the scope of the Java side's
+  // root objects. Nothing when no object matches or the query makes no
+  // clause. The collection service is open only while the query is
+  // evaluated.
+  static void GetMatchingSymbols(QUERY_CATEGORY_TYPE queryCategoryType,
+                                 QUERY_MATCH_TYPE queryMatchType, const char* queryString,
+                                 int numRootObjects);
+  // One addFoundSymbolInfo call; a null text reaches Java as "".
+  static void AddFoundSymbolInfo(JNIEnv* pEnv, const char* symbolLabel, const char* submapName,
+                                 const char* objectSelectionName, QXwObjectId objectId,
+                                 QXwSymbolId symbolId, QXwSubmapId submapId, const char* symbolType,
+                                 QXwStatusType symbolStatus);
+  // The selection name of the node with that host name or address (the
+  // database's own look-up), else of the node of the first interface, in
+  // the database's order, that carries the address and whose "TopM Node ID"
+  // can be read. A copy that the caller releases with free; null when no
+  // node is found.
+  static char* GetNodeSelectionNameGivenHostnameOrIPAddress(const char* hostnameOrIPAddress);
 
   // Map events (dispatcher/events.cpp). The platform calls these handlers on
   // the dispatcher thread, inside the event loop. Changes to submaps Java has

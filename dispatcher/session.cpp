@@ -8,6 +8,7 @@
 #include "bridge/tracescope.h"
 #include "dispatcher/fieldinfocache.h"
 #include "dispatcher/main.h"
+#include "scoping/nsp.h"
 #include "tables/scopingcache.h"
 
 using skiff::jni::CallVoid;
@@ -80,13 +81,9 @@ void QxwEventDispatcher::MapCloseCB(void*, int, QXwMapInfo* pMap, time_t) {
 void QxwEventDispatcher::SynchronizeLocationTrackingIfNeeded() {
   SKIFF_TRACE("QxwEventDispatcher::SynchronizeLocationTrackingIfNeeded");
   if (!m_thisQxwSessionEnablesLocationTracking) return;
-  if (m_doSyncLocationIDFieldInSubLocations) {
-    // The sub-locations' Location ID fields are synchronized here, before
-    // the networks'; that field is not maintained yet.
-  }
-  if (m_doSyncLocationIDFieldInNetworks) {
-    // The networks' Location ID fields are synchronized here.
-  }
+  // The locations first: a network's location may itself have moved.
+  if (m_doSyncLocationIDFieldInSubLocations) NSP::SynchronizeLocationIDFieldForSubLocations(m_pMap);
+  if (m_doSyncLocationIDFieldInNetworks) NSP::SynchronizeLocationIDFieldForNetworks(m_pMap);
 }
 
 skiff::ObjectFieldListPtr QxwEventDispatcher::GetTopMNodeIdFieldValueList(

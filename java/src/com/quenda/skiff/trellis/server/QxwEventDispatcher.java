@@ -52,6 +52,8 @@ public class QxwEventDispatcher {
     // lock before it sends the request, read here on the dispatcher thread.
     private volatile int[] requestIds = new int[0];
     private volatile String[] rootObjectSelectionNames = new String[0];
+    // Where the search being served collects its hits; null while none is.
+    private volatile List<FoundSymbol> foundSymbols;
 
     /**
      * Opens the session with the map platform, once per process: a call after a successful one
@@ -113,6 +115,7 @@ public class QxwEventDispatcher {
 
     void setRequestIds(int[] ids) { requestIds = ids.clone(); }
     void setRootObjectSelectionNames(String[] names) { rootObjectSelectionNames = names.clone(); }
+    void collectFoundSymbols(List<FoundSymbol> sink) { foundSymbols = sink; }
 
     // Map content.
 
@@ -194,9 +197,16 @@ public class QxwEventDispatcher {
 
     protected void addParentLocationInfo(int networkObjectId, int parentLocationObjectId) {}
 
+    /** One symbol found by the search being served; it joins that search's result. */
     protected void addFoundSymbolInfo(String symbolLabel, String submapName,
             String objectSelectionName, int objectId, int symbolId, int submapId,
-            String symbolType, int symbolStatus) {}
+            String symbolType, int symbolStatus) {
+        List<FoundSymbol> found = foundSymbols;
+        if (found != null) {
+            found.add(new FoundSymbol(symbolLabel, submapName, objectSelectionName, objectId,
+                    symbolId, submapId, symbolType, symbolStatus));
+        }
+    }
 
     // Arguments of the client request being served.
 

@@ -1,5 +1,7 @@
 package com.quenda.skiff.trellis.server;
 
+import java.util.ArrayList;
+import java.util.List;
 import java.util.concurrent.TimeUnit;
 
 /**
@@ -103,13 +105,35 @@ public class QxwInterface {
         }
     }
 
-    public void getMatchingSymbols(int queryCategoryType, int queryMatchType, String queryString,
-            String[] rootObjectSelectionNames) {
+    /**
+     * Searches the map: every symbol of each object whose field matches the query, object by
+     * object in the database's order and each object's symbols in the map's order. With root
+     * objects, only the symbols on submaps within their hierarchy; with none, every symbol. A
+     * query that cannot be made (a text too long for the request or holding a vertical tab or a
+     * NUL) finds nothing and says why on standard error.
+     */
+    public List<FoundSymbol> getMatchingSymbols(FoundSymbol.Category category,
+            FoundSymbol.MatchType matchType, String queryString,
+            String... rootObjectSelectionNames) {
+        return getMatchingSymbols(category.ordinal(), matchType.ordinal(), queryString,
+                rootObjectSelectionNames);
+    }
+
+    /** The same with the request's own codes, which are sent unchecked. */
+    List<FoundSymbol> getMatchingSymbols(int queryCategoryType, int queryMatchType,
+            String queryString, String... rootObjectSelectionNames) {
         refuseOnDispatcherThread("getMatchingSymbols");
         synchronized (requestLock) {
+            List<FoundSymbol> found = new ArrayList<>();
             dispatcher.setRootObjectSelectionNames(rootObjectSelectionNames);
-            getMatchingSymbolsInternal(queryCategoryType, queryMatchType, queryString,
-                    rootObjectSelectionNames.length);
+            dispatcher.collectFoundSymbols(found);
+            try {
+                getMatchingSymbolsInternal(queryCategoryType, queryMatchType, queryString,
+                        rootObjectSelectionNames.length);
+            } finally {
+                dispatcher.collectFoundSymbols(null);
+            }
+            return found;
         }
     }
 

@@ -71,7 +71,7 @@ class ChannelTest extends OneSessionTest {
                 new Case(() -> client.getNodeParentPath(name, "", new String[0]),
                         "QxwInterface::GetNodeParentPath: request of 606 bytes is longer than 500"
                                 + " bytes, not sent\n"),
-                new Case(() -> client.getMatchingSymbols(0, 1, name, new String[0]),
+                new Case(() -> client.getMatchingSymbols(0, 1, name),
                         "QxwInterface::GetMatchingSymbols: request of 609 bytes is longer than"
                                 + " 500 bytes, not sent\n"));
         for (Case c : cases) {
@@ -229,10 +229,10 @@ class ChannelTest extends OneSessionTest {
                 new Case(() -> client.getNodeParentPath("host", "Site\u000BA", new String[0]),
                         "QxwInterface::GetNodeParentPath: a text argument holds a vertical tab,"
                                 + " request not sent\n"),
-                new Case(() -> client.getMatchingSymbols(0, 0, "10.1\u000B", new String[0]),
+                new Case(() -> client.getMatchingSymbols(0, 0, "10.1\u000B"),
                         "QxwInterface::GetMatchingSymbols: a text argument holds a vertical tab,"
                                 + " request not sent\n"),
-                new Case(() -> client.getMatchingSymbols(0, 0, "router\u0000x", new String[0]),
+                new Case(() -> client.getMatchingSymbols(0, 0, "router\u0000x"),
                         "QxwInterface::GetMatchingSymbols: the query text holds a NUL, request"
                                 + " not sent\n"));
         for (Case c : cases) {

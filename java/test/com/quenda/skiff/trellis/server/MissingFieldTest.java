@@ -5,7 +5,10 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import org.junit.jupiter.api.Test;
 
-/** A database without "TopM Network ID" (QXW_MAP=no-network-id.json) still starts. */
+/**
+ * A database without "TopM Network ID" and "Location ID" (QXW_MAP=no-network-id.json) still
+ * starts, naming each missing field once, in the order they are resolved.
+ */
 class MissingFieldTest {
     @Test
     void startsAndNamesTheMissingField() throws Exception {
@@ -15,7 +18,8 @@ class MissingFieldTest {
                     session.start(false, false, false));
             assertTrue(session.connectClient());
         });
-        assertEquals("Could not obtain field id for field: TopM Network ID\n", stderr);
+        assertEquals("Could not obtain field id for field: TopM Network ID\n"
+                + "Could not obtain field id for field: Location ID\n", stderr);
         assertTrue(session.client.getSymbolRowData(1, 2, 3));
         try (EmulatorControl control = new EmulatorControl()) {
             session.end(control);

@@ -144,6 +144,8 @@ class RecordingDispatcher extends QxwEventDispatcher {
             String symbolType, int symbolStatus) {
         record("addFoundSymbolInfo", symbolLabel, submapName, objectSelectionName, objectId,
                 symbolId, submapId, symbolType, symbolStatus);
+        super.addFoundSymbolInfo(symbolLabel, submapName, objectSelectionName, objectId,
+                symbolId, submapId, symbolType, symbolStatus);
     }
 
     @Override
