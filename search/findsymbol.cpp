@@ -147,9 +147,11 @@ int FindSymbol::SymbolIsWithinScope(JNIEnv*, QXwMapInfo* pMap, QXwSymbolId,
   };
   auto levelOf = [&](QXwSubmapId submapId) {
     QXwSubmapInfo* pSubmap = pSubmapInfoHashtable->GetSubmapInfo(pMap, submapId);
+    // A submap without a parent object (the root) leads nowhere.
     QXwSymbolList* pParentSymbols =
-        pSubmap != nullptr ? pSymbolInfoHashtable->GetSymbolList(pMap, pSubmap->parent_object_id)
-                           : nullptr;
+        pSubmap != nullptr && pSubmap->parent_object_id != 0
+            ? pSymbolInfoHashtable->GetSymbolList(pMap, pSubmap->parent_object_id)
+            : nullptr;
     return Level{pParentSymbols, 0};
   };
   // Every submap the walk has entered. One that failed fails again on any
@@ -183,7 +185,16 @@ void FindSymbol::ForEachFoundSymbol(QXwMapInfo* pMap, const QXwObjectIdList* pOb
     const QXwObjectId objectId = pObjectIdList->object_ids[i];
     std::unique_ptr<char, decltype(&std::free)> selectionName(
         QXwDbObjectIdToSelectionName(objectId), &std::free);
-    skiff::SymbolListPtr symbols(QXwGetSymbolsByObject(pMap, objectId));
+    // A restricted search takes the object's symbols through the cache its
+    // scope walks share, so that no list is fetched twice.
+    skiff::SymbolListPtr owned;
+    QXwSymbolList* symbols = nullptr;
+    if (isScopeUnrestricted) {
+      owned.reset(QXwGetSymbolsByObject(pMap, objectId));
+      symbols = owned.get();
+    } else {
+      symbols = objectSymbols.GetSymbolList(pMap, objectId);
+    }
     for (int k = 0; symbols != nullptr && k < symbols->count; ++k) {
       const QXwSymbolInfo& symbol = symbols->symbols[k];
       if (!IsIconSymbol(&symbol) && !IsConnectionSymbol(&symbol)) continue;

@@ -1,20 +1,28 @@
 package com.quenda.skiff.trellis.demo;
 
 import com.quenda.skiff.trellis.server.Submap;
+import java.io.BufferedReader;
+import java.io.IOException;
+import java.io.InputStreamReader;
 
 /**
  * The demo: runs the reference Java server over the map platform, prints the map as a tree from
  * its root submap, then prints each change to the map as the server's mirror applies it, until
  * the session ends. The map is the platform's (the emulator's QXW_MAP, or its embedded default
  * map) and so is the control socket through which a person changes it (QXW_CONTROL);
- * build/bin/skiff-demo sets both up. SIGTERM ends the session before the demo exits.
+ * build/bin/skiff-demo sets both up. With --find KIND TEXT it also searches the map before
+ * watching it; while it watches, "find KIND TEXT" lines on standard input search it too. SIGTERM
+ * ends the session before the demo exits.
  */
 public final class Demo {
     private Demo() {}
 
     public static void main(String[] args) throws Exception {
-        if (args.length > 0) {
-            System.err.println("usage: skiff-demo [--control SOCKET] [MAP_FILE]");
+        boolean find = args.length == 3 && args[0].equals("--find")
+                && SearchPrinter.isKind(args[1]);
+        if (args.length > 0 && !find) {
+            System.err.println("usage: skiff-demo [--control SOCKET]"
+                    + " [--find name|host|address TEXT] [MAP_FILE]");
             System.exit(2);
         }
         DemoSession session = DemoSession.start(new DemoDispatcher());
@@ -34,6 +42,12 @@ public final class Demo {
             new MapTreePrinter(session.client, session.dispatcher, System.out).print(root);
         }
 
+        SearchPrinter search = new SearchPrinter(session.client, System.out);
+        if (find) {
+            System.out.println();
+            search.find(args[1], args[2]);
+        }
+
         session.dispatcher.addMapListener(new MapChangePrinter(System.out));
         String socket = System.getenv("QXW_CONTROL");
         String controlClient = System.getProperty("skiff.demo.controlClient", "qxw-ctl");
@@ -41,10 +55,33 @@ public final class Demo {
                 : String.valueOf(root.getSymbols().get(0).getSymbolId());
         System.out.printf("%nWatching the map. Change it through the control socket %s,"
                 + " for example:%n  %s -s %s \"status 3 %s\" \"hide %s\" \"move %s 1 100 100\"%n"
-                + "End with \"%s -s %s end-session\" or Ctrl-C.%n%n", socket, controlClient,
+                + "End with \"%s -s %s end-session\" or Ctrl-C.%n", socket, controlClient,
                 socket, example, example, example, controlClient, socket);
+        System.out.printf("Search it by typing: %s%n%n", SearchPrinter.USAGE);
         System.out.flush();
+        Thread input = new Thread(() -> readCommands(search), "standard input");
+        input.setDaemon(true);
+        input.start();
         session.awaitEnd();
         System.exit(0);
+    }
+
+    /** Serves the "find" lines of standard input until it ends. */
+    private static void readCommands(SearchPrinter search) {
+        BufferedReader in = new BufferedReader(new InputStreamReader(System.in));
+        try {
+            for (String line; (line = in.readLine()) != null; ) {
+                String[] words = line.strip().split("\\s+", 3);
+                if (words.length == 1 && words[0].isEmpty()) continue;
+                if (words.length == 3 && words[0].equals("find") && SearchPrinter.isKind(words[1])) {
+                    search.find(words[1], words[2]);
+                } else {
+                    System.out.println("? " + SearchPrinter.USAGE);
+                    System.out.flush();
+                }
+            }
+        } catch (IOException e) {
+            // Standard input is gone: the demo goes on watching the map.
+        }
     }
 }

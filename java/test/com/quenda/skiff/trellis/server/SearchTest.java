@@ -1,0 +1,111 @@
+package com.quenda.skiff.trellis.server;
+
+import static com.quenda.skiff.trellis.server.FoundSymbol.Category.HOSTNAME;
+import static com.quenda.skiff.trellis.server.FoundSymbol.Category.IPADDRESS;
+import static com.quenda.skiff.trellis.server.FoundSymbol.Category.OBJECTNAME;
+import static com.quenda.skiff.trellis.server.FoundSymbol.MatchType.MATCH_EXACTLY;
+import static com.quenda.skiff.trellis.server.FoundSymbol.MatchType.MATCH_REGEXP;
+import static com.quenda.skiff.trellis.server.FoundSymbol.MatchType.MATCH_WILDCARD;
+import static org.junit.jupiter.api.Assertions.assertEquals;
+
+import java.util.ArrayList;
+import java.util.List;
+import org.junit.jupiter.api.Test;
+
+/**
+ * Searches on search.json. Site A (submap 3) shows network 10.1.0 (its submap 5 holds rtr1 and
+ * an unnamed node), network 10.11.5 (also on Site B), Annex on the user plane only, the
+ * meta-connection "trunk" into submap 7 and "elsewhere" of another application; Site B (submap
+ * 4) shows rtr1 and host-x; Loop A and Loop B show each other.
+ */
+class SearchTest extends OneSessionTest {
+    /** The hits of a search, each as "symbol submap-name selection-name". */
+    private static List<String> hits(FoundSymbol.Category category,
+            FoundSymbol.MatchType matchType, String query, String... roots) {
+        return client.getMatchingSymbols(category, matchType, query, roots).stream()
+                .map(SearchTest::show).toList();
+    }
+
+    private static String show(FoundSymbol s) {
+        return s.symbolId() + " " + s.submapName() + " " + s.objectSelectionName();
+    }
+
+    @Test
+    void findsEverySymbolOfEachMatchingObjectWithinTheScope() {
+        record Case(FoundSymbol.Category category, FoundSymbol.MatchType matchType, String query,
+                List<String> roots, List<String> hits) {}
+        List<Case> cases = List.of(
+                // The wildcard's dot keeps its meaning: 10.1.* finds 10.11.5.0 and 10.11.5.7.
+                new Case(IPADDRESS, MATCH_WILDCARD, "10.1.*", List.of(), List.of(
+                        "300 Site A 10.1.0", "304 Site A 10.11.5", "400 Site B 10.11.5",
+                        "401 Site B rtr1", "500 Net 10.1.0 rtr1", "402 Site B host-x",
+                        "501 Net 10.1.0 ")),
+                new Case(OBJECTNAME, MATCH_EXACTLY, "*", List.of(), List.of()),
+                new Case(OBJECTNAME, MATCH_EXACTLY, "rtr", List.of(), List.of()),
+                new Case(OBJECTNAME, MATCH_REGEXP, "tr", List.of(), List.of(
+                        "302 Site A trunk", "401 Site B rtr1", "500 Net 10.1.0 rtr1",
+                        "700 Trunk trunk-host")),
+                new Case(HOSTNAME, MATCH_WILDCARD, "*.example", List.of(), List.of(
+                        "401 Site B rtr1", "500 Net 10.1.0 rtr1", "402 Site B host-x")),
+                // '?' is no wildcard: "link-?" is "link" with an optional dash.
+                new Case(OBJECTNAME, MATCH_WILDCARD, "link-?", List.of(), List.of()),
+                // Within Site A: its own symbols (a user-plane one too), through network
+                // 10.1.0 and through the meta-connection; not Site B, not Annex (shown only on
+                // the user plane), not another application's submap, not the loop.
+                new Case(OBJECTNAME, MATCH_REGEXP, ".", List.of("Site A"), List.of(
+                        "300 Site A 10.1.0", "304 Site A 10.11.5", "301 Site A Annex",
+                        "302 Site A trunk", "303 Site A elsewhere", "500 Net 10.1.0 rtr1",
+                        "502 Net 10.1.0 link-1", "700 Trunk trunk-host")),
+                new Case(OBJECTNAME, MATCH_EXACTLY, "10.11.5", List.of("Site B"),
+                        List.of("400 Site B 10.11.5")),
+                new Case(OBJECTNAME, MATCH_EXACTLY, "rtr1", List.of("Site B", "Site A"),
+                        List.of("401 Site B rtr1", "500 Net 10.1.0 rtr1")));
+        for (Case c : cases) {
+            assertEquals(c.hits(), hits(c.category(), c.matchType(), c.query(),
+                    c.roots().toArray(String[]::new)), c.query() + " within " + c.roots());
+        }
+        assertEquals(List.of(
+                new FoundSymbol("rtr1", "Site B", "rtr1", 10, 401, 4, "Connector:Router", 0),
+                new FoundSymbol("rtr1", "Net 10.1.0", "rtr1", 10, 500, 5, "Connector:Router", 0)),
+                client.getMatchingSymbols(OBJECTNAME, MATCH_EXACTLY, "rtr1"));
+    }
+
+    @Test
+    void oneSearchOpensTheCollectionServiceOnceAndFetchesEachRecordOnce() throws Exception {
+        control.ok("reset-counters");
+        assertEquals(8, hits(OBJECTNAME, MATCH_REGEXP, ".", "Site A").size());
+        String counters = control.ok("counters");
+        for (String function : List.of("skCollectionOpen", "skCollectionEvaluate",
+                "skCollectionDone")) {
+            assertEquals(1, EmulatorControl.calls(counters, function), function);
+        }
+        // The 20 named objects, and the 10 submaps once each.
+        assertEquals(20, EmulatorControl.calls(counters, "QXwGetSymbolsByObject"));
+        assertEquals(10, EmulatorControl.calls(counters, "QXwGetSubmapInfo"));
+    }
+
+    @Test
+    void aQueryThatCannotBeMadeOrEvaluatedFindsNothing() throws Exception {
+        record Case(String failure, int category, String query, long evaluations,
+                String stderr, List<String> hits) {}
+        List<Case> cases = List.of(
+                new Case("", 3, "rtr1", 0, "", List.of()),
+                new Case("", 0, "x".repeat(489), 0, "", List.of()),
+                new Case("", 0, "x".repeat(488), 1, "", List.of()),
+                new Case("fail skCollectionOpen 1 1", 0, "rtr1", 0,
+                        "Find::Find The call to skCollectionOpen() failed!", List.of()),
+                // A hit whose submap cannot be fetched has no submap name.
+                new Case("fail QXwGetSubmapInfo 6 1", 0, "host-x", 1, "",
+                        List.of("402  host-x")));
+        for (Case c : cases) {
+            control.ok("reset-counters");
+            if (!c.failure().isEmpty()) control.ok(c.failure());
+            List<String> found = new ArrayList<>();
+            String stderr = TestNative.captureStderr(() -> client.getMatchingSymbols(
+                    c.category(), 0, c.query()).forEach(s -> found.add(show(s))));
+            assertEquals(c.stderr(), stderr, c.failure());
+            assertEquals(c.hits(), found, c.failure());
+            assertEquals(c.evaluations(), control.calls("skCollectionEvaluate"), c.failure());
+        }
+    }
+}
