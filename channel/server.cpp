@@ -10,6 +10,8 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
+#include <memory>
 
 #include "bridge/tracescope.h"
 #include "channel/protocol.h"
@@ -41,6 +43,49 @@ bool ServeSymbolRowData(char* arguments) {
   auto [symbolId, objectId, propertySetIndex] = skiff::channel::ParseNumbers<3>(arguments);
   return static_cast<bool>(
       QxwEventDispatcher::GetSymbolRowData(symbolId, objectId, propertySetIndex));
+}
+
+// A node's symbol, and its path when asked; the node requests always look
+// within the map's own root (no root objects).
+bool ServeNodeSymbol(char* arguments) {
+  skiff::channel::NodeSymbolRequest request = skiff::channel::ParseNodeSymbol(arguments);
+  QxwEventDispatcher::GetNodeSymbol(request.selectionName, request.parentSelectionName,
+                                    request.customSubmapId, request.doRecreateParentPath, 0);
+  return true;
+}
+
+// The path to the node with that host name or address; nothing when there
+// is no such node.
+bool ServeNodeParentPath(char* arguments) {
+  skiff::channel::NodeParentPathRequest request = skiff::channel::ParseNodeParentPath(arguments);
+  std::unique_ptr<char, decltype(&std::free)> name(
+      QxwEventDispatcher::GetNodeSelectionNameGivenHostnameOrIPAddress(request.hostnameOrIPAddress),
+      &std::free);
+  if (name != nullptr) {
+    QxwEventDispatcher::GetNodeSymbol(name.get(), request.parentSelectionName, 0, 1,
+                                      request.numRootObjects);
+  }
+  return true;
+}
+
+// A symbol's path; nothing for a symbol or submap id of 0.
+bool ServeSymbolParentPath(char* arguments) {
+  auto [symbolId, submapId, numRootObjects] = skiff::channel::ParseNumbers<3>(arguments);
+  if (symbolId != 0 && submapId != 0) {
+    QxwEventDispatcher::RecreateSymbolParentPath(symbolId, submapId, numRootObjects);
+  }
+  return true;
+}
+
+bool ServeOtherSymbols(char* arguments) {
+  auto [symbolId, objectId, numRootObjects] = skiff::channel::ParseNumbers<3>(arguments);
+  QxwEventDispatcher::GetOtherSymbols(symbolId, objectId, numRootObjects);
+  return true;
+}
+
+bool ServeLocationScopingInfo(char*) {
+  QxwEventDispatcher::GetLocationScopingInfo();
+  return true;
 }
 
 // A search: the query text comes last, whole.
@@ -95,7 +140,12 @@ struct Service {
 constexpr Service kServices[] = {
     {skiff::channel::kGetSubmapAndSymbols, ServeSubmapAndSymbols},
     {skiff::channel::kGetSymbolRowData, ServeSymbolRowData},
+    {skiff::channel::kGetNodeSymbol, ServeNodeSymbol},
+    {skiff::channel::kGetNodeParentPath, ServeNodeParentPath},
+    {skiff::channel::kGetSymbolParentPath, ServeSymbolParentPath},
+    {skiff::channel::kGetOtherSymbols, ServeOtherSymbols},
     {skiff::channel::kGetMatchingSymbols, ServeMatchingSymbols},
+    {skiff::channel::kGetLocationScopingInfo, ServeLocationScopingInfo},
     {skiff::channel::kSetAcknowledgeState, ServeAcknowledgeState},
     {skiff::channel::kSetManageState, ServeManageState},
     {skiff::channel::kSetSymbolVisibilityState, ServeSymbolVisibilityState},

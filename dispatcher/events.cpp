@@ -12,6 +12,7 @@
 #include "dispatcher/main.h"
 #include "dispatcher/submapcontents.h"
 #include "scoping/nsp.h"
+#include "search/findsymbol.h"
 #include "tables/idsets.h"
 #include "tables/keyedtable.h"
 #include "tables/scopingcache.h"
@@ -183,8 +184,8 @@ void QxwEventDispatcher::SymbolsCreatedCB(void*, int, QXwMapInfo* pMap, QXwSymbo
           NSP::SetLocationIDFieldIfNeeded(pMap, &symbol);
         }
         if (m_thisQxwSessionEnablesLocationTracking && m_doInvokeJavaCallbacksForScopingUpdates) {
-          // Reporting a new network to location scoping goes here; location
-          // scoping is not built yet.
+          FindSymbol::InvokeScopingNetworkCreatedCallbackIfNeeded(
+              pEnv, pMap, &symbol, ScopingCache::GetChildSubmapId(pMap, "IP Internet"));
         }
         if (!SubmapInCache(pEnv, symbol.submap_id)) return;
         skiff::jni::LocalRef<jobject> symbolObject;

@@ -317,6 +317,40 @@ class QxwEventDispatcher {
   // node is found.
   static char* GetNodeSelectionNameGivenHostnameOrIPAddress(const char* hostnameOrIPAddress);
 
+  // Parent paths and other symbols (search/pathrequests.cpp). Each reports
+  // to Java before the request is answered.
+
+  // One addParentPathInfo call.
+  static void AddParentPathInfo(JNIEnv* pEnv, QXwSymbolId symbolId);
+  // The path from the scope of the root objects down to the symbol, any
+  // application carrying it, then the symbol itself (also when no path was
+  // found).
+  static void RecreateSymbolParentPath(QXwSymbolId symbolId, QXwSubmapId submapSymbolLivesOn,
+                                       int numRootObjects);
+  // Chooses the symbol of the object named selectionName (inside the child
+  // submap of parentSelectionName when that is not empty, else its top-most
+  // IP topology symbol within the scope), reports it with addNodeSymbol for
+  // a non-zero customSubmapId, and when asked its IP topology path then
+  // itself.
+  static void GetNodeSymbol(const char* selectionName, const char* parentSelectionName,
+                            int customSubmapId, int doRecreateParentPath, int numRootObjects);
+  // The object's other icon symbols, within the scope when root objects are
+  // given (see FindSymbol::AddOtherSymbolsInfo).
+  static void GetOtherSymbols(QXwSymbolId symbolId, QXwObjectId objectId, int numRootObjects);
+
+  // Location scoping (scoping/locationscoping.cpp).
+
+  // Reports every network with the locations that contain it, then makes
+  // the open map the one whose locations are tracked.
+  static void GetLocationScopingInfo();
+  // One addParentLocationInfo call.
+  static void AddParentLocationInfo(JNIEnv* pEnv, QXwObjectId networkObjectId,
+                                    QXwObjectId parentLocationObjectId);
+  // One scopingNetworkCreatedCB call with the locations as an int array.
+  static void ScopingNetworkCreatedCB(JNIEnv* pEnv, QXwObjectId networkObjectId,
+                                      int numParentLocations,
+                                      const QXwObjectId* pParentLocationObjectIds);
+
   // Map events (dispatcher/events.cpp). The platform calls these handlers on
   // the dispatcher thread, inside the event loop. Changes to submaps Java has
   // loaded come inside beginMapSync ... endMapSync, which closes on every

@@ -11,7 +11,13 @@
 #ifndef SKIFF_SCOPING_NSP_H_
 #define SKIFF_SCOPING_NSP_H_
 
+#include <jni.h>
+
 #include "platform/qxwrecords.h"
+
+class ObjectSymbolInfoHashtable;
+class QXwSubmapInfoHashtable;
+class SubmapHashtable;
 
 enum TOPLEVEL_OBJECT_TYPE : int {
   LOCATION_TYPE = 0,
@@ -78,7 +84,59 @@ class NSP {
   static void ResetObjectLocationIDFields(const QXwObjectIdList* pLocationOrNetworkObjectIds,
                                           QXwMapInfo* pMap);
 
+  // Top-most symbol selection (scoping/topmost.cpp): which of an object's
+  // symbols stands for it. Each call keeps its own caches for its scope
+  // tests.
+
+  // The object's symbol that the whole hierarchy within the scope shows it
+  // by: an application-plane IP topology icon within the scope and not on a
+  // meta-connection's submap (for a router, one whose status comes from its
+  // compound status when there is one); for an object of unknown kind, else
+  // an in-scope icon of any application, application plane first. 0, with a
+  // message, when the object has symbols but none qualifies; 0 silently when
+  // it has none.
+  static QXwSymbolId GetTopMostIPMapSymbolForObject(JNIEnv* pEnv, QXwMapInfo* pMap,
+                                                    QXwObjectId objectId,
+                                                    SubmapHashtable* pRootSubmapsHashtable);
+  // The same for the object with that selection name. Also stores the
+  // chosen symbol's submap in *pSubmapSymbolLivesOn (untouched when none is
+  // chosen) and, for an icon and a non-zero customSubmapId, reports it to
+  // Java with addNodeSymbol under that submap id.
+  static QXwSymbolId GetTopMostIPMapSymbolForObject(JNIEnv* pEnv, QXwMapInfo* pMap,
+                                                    const char* selectionName, int customSubmapId,
+                                                    SubmapHashtable* pRootSubmapsHashtable,
+                                                    QXwSubmapId* pSubmapSymbolLivesOn);
+  // The object's icon on the child submap of the object named
+  // parentSelectionName: the first on the application plane, else the last
+  // on another plane. Outputs and reporting as above; 0 with a message when
+  // there is none.
+  static QXwSymbolId GetSymbolForObject(JNIEnv* pEnv, QXwMapInfo* pMap, const char* selectionName,
+                                        const char* parentSelectionName, int customSubmapId,
+                                        QXwSubmapId* pSubmapSymbolLivesOn);
+
  private:
+  // The choosers of the top-most selection; each returns a symbol of the
+  // list, or null.
+  static QXwSymbolInfo* GetTopmostSymbolInfo(JNIEnv* pEnv, QXwMapInfo* pMap, QXwObjectId objectId,
+                                             const char* selectionName, QXwSymbolList* pSymbolList,
+                                             SubmapHashtable* pRootSubmapsHashtable,
+                                             QXwSubmapInfoHashtable* pSubmapInfoHashtable,
+                                             ObjectSymbolInfoHashtable* pSymbolInfoHashtable);
+  static QXwSymbolInfo* GetAppPlaneIPMapSymbolInfo(JNIEnv* pEnv, QXwMapInfo* pMap,
+                                                   SubmapHashtable* pRootSubmapsHashtable,
+                                                   QXwSubmapInfoHashtable* pSubmapInfoHashtable,
+                                                   ObjectSymbolInfoHashtable* pSymbolInfoHashtable,
+                                                   QXwSymbolList* pSymbolList,
+                                                   int doRestrictToCompoundStatusSource);
+  static QXwSymbolInfo* GetAppPlaneSymbolInfo(JNIEnv* pEnv, QXwMapInfo* pMap,
+                                              SubmapHashtable* pRootSubmapsHashtable,
+                                              QXwSubmapInfoHashtable* pSubmapInfoHashtable,
+                                              ObjectSymbolInfoHashtable* pSymbolInfoHashtable,
+                                              QXwSymbolList* pSymbolList);
+  static QXwSymbolInfo* GetSymbolInfoPreferablyFromAppPlane(QXwMapInfo* pMap,
+                                                            QXwSymbolList* pSymbolList,
+                                                            QXwObjectId parentObjectId);
+
   // Stores the named field's id in `fieldId`; false when the database has no
   // such field (reported when doReportErrorIfFieldNotFound is non-zero).
   static int InitializeField(QXwFieldId& fieldId, const char* fieldName,

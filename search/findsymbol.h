@@ -17,6 +17,7 @@
 #include "platform/qxwrecords.h"
 
 class ObjectSymbolInfoHashtable;
+class QXwObjectIdHashtable;
 class QXwSubmapInfoHashtable;
 class SubmapHashtable;
 
@@ -101,6 +102,70 @@ class FindSymbol {
   // Reports those symbols to Java, one addFoundSymbolInfo each.
   static void AddFoundSymbolsInfo(JNIEnv* pEnv, QXwMapInfo* pMap,
                                   const QXwObjectIdList* pObjectIdList, int isScopeUnrestricted,
+                                  SubmapHashtable* pRootSubmapsHashtable);
+
+  // Parent paths (search/parentpath.cpp). A path climbs from a submap
+  // through the symbols of each submap's parent object until it reaches a
+  // submap of the scope. At each level the first symbol, in the platform's
+  // order, whose own climb succeeds is taken. A submap met again on the
+  // current branch fails that branch, so a hierarchy with a cycle ends.
+
+  // Receives the symbols of a path, one at a time, from the top down.
+  using PathSink = std::function<void(QXwSymbolId symbolId)>;
+  // Hands `sink` the parent path of a symbol living on submapSymbolLivesOn,
+  // without the symbol itself: when the top is not the map's root submap,
+  // first the symbol by which the whole map shows the top submap's parent
+  // object (0 when there is none, or when the top submap cannot be
+  // fetched); then, from the top down, the symbol on each level that opens
+  // the next. Application-plane symbols are tried first and any plane only
+  // when they give no path; unrestricted walks may also pass through a
+  // meta-connection at the first level. 1 when a path was found (a failed
+  // walk hands out nothing).
+  static int RecreateParentPath(JNIEnv* pEnv, QXwMapInfo* pMap, QXwSymbolId symbolId,
+                                QXwSubmapId submapSymbolLivesOn,
+                                SubmapHashtable* pRootSubmapsHashtable, int doRestrictToIPTopology,
+                                const PathSink& sink);
+  // The same, reporting each symbol to Java with addParentPathInfo.
+  static int RecreateParentPath(JNIEnv* pEnv, QXwMapInfo* pMap, QXwSymbolId symbolId,
+                                QXwSubmapId submapSymbolLivesOn,
+                                SubmapHashtable* pRootSubmapsHashtable, int doRestrictToIPTopology);
+  // Adds to pObjectIdHashtable the locations on the first path (through
+  // application-plane IP topology location symbols) from submapSymbolLivesOn
+  // up to the scope; 1 when such a path exists (nothing is added for a
+  // submap of the scope). symbolId and networkObjectId name what is examined
+  // and do not change the result.
+  static int GetParentLocations(QXwMapInfo* pMap, QXwSymbolId symbolId,
+                                QXwSubmapId submapSymbolLivesOn, QXwObjectId networkObjectId,
+                                QXwSubmapInfoHashtable* pSubmapInfoHashtable,
+                                ObjectSymbolInfoHashtable* pSymbolInfoHashtable,
+                                SubmapHashtable* pRootSubmapsHashtable,
+                                QXwObjectIdHashtable* pObjectIdHashtable);
+  // Location scoping (scoping/locationscoping.cpp): the locations that
+  // contain each network, up to the "IP Internet" child submap.
+
+  // Reports addParentLocationInfo(network, location) for each network of the
+  // list, once per application-plane IP topology symbol of it, for each
+  // location on the path from that symbol's submap up to
+  // ipInternetSubmapId. Networks on one submap share one walk.
+  static void AddNetworkToLocationScopingInfo(JNIEnv* pEnv, QXwMapInfo* pMap,
+                                              const QXwObjectIdList* pNetworkObjectIdList,
+                                              QXwSubmapId ipInternetSubmapId);
+  // 0 when the symbol's object has an application-plane IP topology icon and
+  // the first such lies on a submap whose layout style is not 6; else 1.
+  static int NoSiblingsOnIPMapAppPlane(QXwMapInfo* pMap, const QXwSymbolInfo* pSymbolInfo);
+  // For a new network symbol on the application plane of the IP topology
+  // (or elsewhere when NoSiblingsOnIPMapAppPlane says so): reports its
+  // object with the locations above it, with scopingNetworkCreatedCB (also
+  // when there are none).
+  static void InvokeScopingNetworkCreatedCallbackIfNeeded(JNIEnv* pEnv, QXwMapInfo* pMap,
+                                                          const QXwSymbolInfo* pSymbolInfo,
+                                                          QXwSubmapId ipInternetSubmapId);
+
+  // Reports to Java, with addFoundSymbolInfo, the object's icon symbols
+  // other than symbolId, in the platform's order; when the scope is
+  // restricted, only those within it.
+  static void AddOtherSymbolsInfo(JNIEnv* pEnv, QXwMapInfo* pMap, QXwSymbolId symbolId,
+                                  QXwObjectId objectId, int isScopeUnrestricted,
                                   SubmapHashtable* pRootSubmapsHashtable);
 };
 

@@ -3,6 +3,8 @@ package com.quenda.skiff.trellis.server;
 import java.util.ArrayList;
 import java.util.HashMap;
 import java.util.HashSet;
+import java.util.LinkedHashMap;
+import java.util.LinkedHashSet;
 import java.util.List;
 import java.util.Map;
 import java.util.Properties;
@@ -52,8 +54,11 @@ public class QxwEventDispatcher {
     // lock before it sends the request, read here on the dispatcher thread.
     private volatile int[] requestIds = new int[0];
     private volatile String[] rootObjectSelectionNames = new String[0];
-    // Where the search being served collects its hits; null while none is.
-    private volatile List<FoundSymbol> foundSymbols;
+    // Where the request being served collects what its callbacks deliver; null while none is.
+    private volatile RequestResults requestResults;
+    // Each network's locations, as the last location scoping request and the networks created
+    // since reported them. Guarded by itself.
+    private final Map<Integer, Set<Integer>> networkLocations = new HashMap<>();
 
     /**
      * Opens the session with the map platform, once per process: a call after a successful one
@@ -115,7 +120,28 @@ public class QxwEventDispatcher {
 
     void setRequestIds(int[] ids) { requestIds = ids.clone(); }
     void setRootObjectSelectionNames(String[] names) { rootObjectSelectionNames = names.clone(); }
-    void collectFoundSymbols(List<FoundSymbol> sink) { foundSymbols = sink; }
+    void collectResults(RequestResults results) { requestResults = results; }
+
+    /** What the callbacks of one request delivered, in the order they came. */
+    static final class RequestResults {
+        final List<FoundSymbol> found = new ArrayList<>();
+        final List<Integer> path = new ArrayList<>();
+        final Map<Integer, Set<Integer>> locations = new LinkedHashMap<>();
+    }
+
+    /**
+     * Each network's locations (object ids), as the last {@link
+     * QxwInterface#getLocationScopingInfo} reported them and as networks created since were
+     * reported: a copy.
+     */
+    public Map<Integer, Set<Integer>> getNetworkLocations() {
+        synchronized (networkLocations) {
+            Map<Integer, Set<Integer>> copy = new HashMap<>();
+            networkLocations.forEach((network, locations) ->
+                    copy.put(network, Set.copyOf(locations)));
+            return copy;
+        }
+    }
 
     // Map content.
 
@@ -193,17 +219,36 @@ public class QxwEventDispatcher {
 
     // Results of searches and paths.
 
-    protected void addParentPathInfo(int symbolId) {}
+    /** The next symbol of the path being reported, from the top down. */
+    protected void addParentPathInfo(int symbolId) {
+        RequestResults results = requestResults;
+        if (results != null) results.path.add(symbolId);
+    }
 
-    protected void addParentLocationInfo(int networkObjectId, int parentLocationObjectId) {}
+    /** One location that contains a network, from a location scoping request. */
+    protected void addParentLocationInfo(int networkObjectId, int parentLocationObjectId) {
+        RequestResults results = requestResults;
+        if (results != null) {
+            results.locations.computeIfAbsent(networkObjectId, n -> new LinkedHashSet<>())
+                    .add(parentLocationObjectId);
+        }
+    }
+
+    /** Takes a location scoping request's report as every network's locations. */
+    void setNetworkLocations(Map<Integer, Set<Integer>> locations) {
+        synchronized (networkLocations) {
+            networkLocations.clear();
+            locations.forEach((network, set) -> networkLocations.put(network, Set.copyOf(set)));
+        }
+    }
 
     /** One symbol found by the search being served; it joins that search's result. */
     protected void addFoundSymbolInfo(String symbolLabel, String submapName,
             String objectSelectionName, int objectId, int symbolId, int submapId,
             String symbolType, int symbolStatus) {
-        List<FoundSymbol> found = foundSymbols;
-        if (found != null) {
-            found.add(new FoundSymbol(symbolLabel, submapName, objectSelectionName, objectId,
+        RequestResults results = requestResults;
+        if (results != null) {
+            results.found.add(new FoundSymbol(symbolLabel, submapName, objectSelectionName, objectId,
                     symbolId, submapId, symbolType, symbolStatus));
         }
     }
@@ -400,7 +445,14 @@ public class QxwEventDispatcher {
 
     // Location scoping.
 
-    protected void scopingNetworkCreatedCB(int networkObjectId, int[] parentLocationObjectIds) {}
+    /** A network symbol appeared: the network's locations are now these. */
+    protected void scopingNetworkCreatedCB(int networkObjectId, int[] parentLocationObjectIds) {
+        Set<Integer> locations = new HashSet<>();
+        for (int location : parentLocationObjectIds) locations.add(location);
+        synchronized (networkLocations) {
+            networkLocations.put(networkObjectId, Set.copyOf(locations));
+        }
+    }
 
     protected void scopingInterfacesCreatedCB(int[] interfaceObjectIds, int[] nodeObjectIds) {}
 

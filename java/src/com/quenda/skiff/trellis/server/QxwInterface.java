@@ -1,8 +1,10 @@
 package com.quenda.skiff.trellis.server;
 
-import java.util.ArrayList;
 import java.util.List;
+import java.util.Map;
+import java.util.Set;
 import java.util.concurrent.TimeUnit;
+import java.util.function.Function;
 
 /**
  * The client side of the server: requests to the map, from any thread but the dispatcher thread.
@@ -78,31 +80,43 @@ public class QxwInterface {
 
     native void deleteAllSymbolsForObjectsInternal(int numObjects);
 
-    public void getNodeParentPath(String hostnameOrIPAddress, String parentSelectionName,
-            String[] rootObjectSelectionNames) {
+    /**
+     * The path to the node with that host name or IP address, as symbol ids from the top down,
+     * the node's own symbol last: within the child submap of parentSelectionName when that is not
+     * empty, else its top-most symbol within the root objects' hierarchy (the map's root submap
+     * when none are given). Empty when no such node or symbol is found.
+     */
+    public List<Integer> getNodeParentPath(String hostnameOrIPAddress, String parentSelectionName,
+            String... rootObjectSelectionNames) {
         refuseOnDispatcherThread("getNodeParentPath");
-        synchronized (requestLock) {
-            dispatcher.setRootObjectSelectionNames(rootObjectSelectionNames);
-            getNodeParentPathInternal(hostnameOrIPAddress, parentSelectionName,
-                    rootObjectSelectionNames.length);
-        }
+        return collect(rootObjectSelectionNames, results -> results.path,
+                () -> getNodeParentPathInternal(hostnameOrIPAddress, parentSelectionName,
+                        rootObjectSelectionNames.length));
     }
 
-    public void getSymbolParentPath(int symbolId, int submapId,
-            String[] rootObjectSelectionNames) {
+    /**
+     * The path from the root objects' hierarchy (the map's root submap when none are given) down
+     * to the symbol on that submap, as symbol ids from the top down, the symbol itself last (alone
+     * when no path is found). Empty for a symbol or submap id of 0.
+     */
+    public List<Integer> getSymbolParentPath(int symbolId, int submapId,
+            String... rootObjectSelectionNames) {
         refuseOnDispatcherThread("getSymbolParentPath");
-        synchronized (requestLock) {
-            dispatcher.setRootObjectSelectionNames(rootObjectSelectionNames);
-            getSymbolParentPathInternal(symbolId, submapId, rootObjectSelectionNames.length);
-        }
+        return collect(rootObjectSelectionNames, results -> results.path,
+                () -> getSymbolParentPathInternal(symbolId, submapId,
+                        rootObjectSelectionNames.length));
     }
 
-    public void getOtherSymbols(int symbolId, int objectId, String[] rootObjectSelectionNames) {
+    /**
+     * The object's other places: its icon symbols other than the one given, in the map's order;
+     * with root objects, only those within their hierarchy.
+     */
+    public List<FoundSymbol> getOtherSymbols(int symbolId, int objectId,
+            String... rootObjectSelectionNames) {
         refuseOnDispatcherThread("getOtherSymbols");
-        synchronized (requestLock) {
-            dispatcher.setRootObjectSelectionNames(rootObjectSelectionNames);
-            getOtherSymbolsInternal(symbolId, objectId, rootObjectSelectionNames.length);
-        }
+        return collect(rootObjectSelectionNames, results -> results.found,
+                () -> getOtherSymbolsInternal(symbolId, objectId,
+                        rootObjectSelectionNames.length));
     }
 
     /**
@@ -123,24 +137,44 @@ public class QxwInterface {
     List<FoundSymbol> getMatchingSymbols(int queryCategoryType, int queryMatchType,
             String queryString, String... rootObjectSelectionNames) {
         refuseOnDispatcherThread("getMatchingSymbols");
+        return collect(rootObjectSelectionNames, results -> results.found,
+                () -> getMatchingSymbolsInternal(queryCategoryType, queryMatchType, queryString,
+                        rootObjectSelectionNames.length));
+    }
+
+    /**
+     * Every network (object id) with the locations that contain it, up to the "IP Internet"
+     * submap; a network inside no location is left out. The dispatcher keeps this grouping
+     * (see {@link QxwEventDispatcher#getNetworkLocations}) and, while the map is open for writing,
+     * keeps it current as networks appear.
+     */
+    public Map<Integer, Set<Integer>> getLocationScopingInfo() {
+        refuseOnDispatcherThread("getLocationScopingInfo");
         synchronized (requestLock) {
-            List<FoundSymbol> found = new ArrayList<>();
-            dispatcher.setRootObjectSelectionNames(rootObjectSelectionNames);
-            dispatcher.collectFoundSymbols(found);
-            try {
-                getMatchingSymbolsInternal(queryCategoryType, queryMatchType, queryString,
-                        rootObjectSelectionNames.length);
-            } finally {
-                dispatcher.collectFoundSymbols(null);
-            }
-            return found;
+            Map<Integer, Set<Integer>> locations =
+                    collect(new String[0], results -> results.locations,
+                            this::getLocationScopingInfoInternal);
+            dispatcher.setNetworkLocations(locations);
+            return locations;
         }
     }
 
-    public void getLocationScopingInfo() {
-        refuseOnDispatcherThread("getLocationScopingInfo");
+    /**
+     * Sends a request whose results come through the dispatcher's callbacks, with the root
+     * objects stored for it, and takes what the callbacks delivered.
+     */
+    private <T> T collect(String[] rootObjectSelectionNames,
+            Function<QxwEventDispatcher.RequestResults, T> take, Runnable request) {
         synchronized (requestLock) {
-            getLocationScopingInfoInternal();
+            QxwEventDispatcher.RequestResults results = new QxwEventDispatcher.RequestResults();
+            dispatcher.setRootObjectSelectionNames(rootObjectSelectionNames);
+            dispatcher.collectResults(results);
+            try {
+                request.run();
+            } finally {
+                dispatcher.collectResults(null);
+            }
+            return take.apply(results);
         }
     }
 

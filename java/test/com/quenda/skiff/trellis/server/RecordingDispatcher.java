@@ -131,11 +131,13 @@ class RecordingDispatcher extends QxwEventDispatcher {
     @Override
     protected void addParentPathInfo(int symbolId) {
         record("addParentPathInfo", symbolId);
+        super.addParentPathInfo(symbolId);
     }
 
     @Override
     protected void addParentLocationInfo(int networkObjectId, int parentLocationObjectId) {
         record("addParentLocationInfo", networkObjectId, parentLocationObjectId);
+        super.addParentLocationInfo(networkObjectId, parentLocationObjectId);
     }
 
     @Override
@@ -292,6 +294,7 @@ class RecordingDispatcher extends QxwEventDispatcher {
     @Override
     protected void scopingNetworkCreatedCB(int networkObjectId, int[] parentLocationObjectIds) {
         record("scopingNetworkCreatedCB", networkObjectId, parentLocationObjectIds);
+        super.scopingNetworkCreatedCB(networkObjectId, parentLocationObjectIds);
     }
 
     @Override
