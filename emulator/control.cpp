@@ -309,20 +309,44 @@ Json CmdCreateSubmap(const Words&, std::string_view line) {
   return Created(id);
 }
 
+// Reports a removal as the platform reports a deletion, then applies it. The
+// events come in the order in which the items depend on each other: the
+// symbols deleted (14), then the submaps deleted (16), then the objects
+// deleted (15), so that no handler hears of a submap or an object gone
+// before it has heard of the symbols on it or of it, nor of a parent object
+// gone before its child submap. Each event carries all its items and is
+// queued only when there are any; its records are built before anything
+// goes, so they show the items as they were (an object with its child
+// submap, a submap with its parent object).
+void QueueAndRemove(Map& map, const Map::Removal& removal) {
+  if (!removal.symbols.empty()) QueueSymbols(QXW_EVENT_SYMBOLS_DELETED, map, removal.symbols);
+  if (!removal.submaps.empty()) {
+    Event e;
+    e.code = QXW_EVENT_SUBMAPS_DELETED;
+    e.submaps = BuildSubmapList(removal.submaps);
+    Queue(e);
+  }
+  if (!removal.objects.empty()) {
+    Event e;
+    e.code = QXW_EVENT_OBJECTS_DELETED;
+    e.objects = BuildObjectList(map, removal.objects);
+    Queue(e);
+  }
+  map.Remove(removal);
+}
+
+// delete-submaps ID...: the submaps go with every symbol on them and the
+// connections attached to those; their parent objects stay, without a
+// child submap.
 Json CmdDeleteSubmaps(const Words& w, std::string_view) {
   Map& map = TheMap();
   std::vector<uint32_t> ids = ParseIds(w, 1);
-  std::vector<const Submap*> submaps;
   for (uint32_t id : ids) {
-    const Submap* s = map.FindSubmap(id);
-    if (s == nullptr) throw Refusal{"submap " + std::to_string(id) + " does not exist"};
-    submaps.push_back(s);
+    if (map.FindSubmap(id) == nullptr) {
+      throw Refusal{"submap " + std::to_string(id) + " does not exist"};
+    }
   }
-  Event e;
-  e.code = QXW_EVENT_SUBMAPS_DELETED;
-  e.submaps = BuildSubmapList(submaps);
-  map.RemoveSubmaps(ids);
-  Queue(e);
+  QueueAndRemove(map, map.SubmapsRemoval(ids));
   return Ok();
 }
 
@@ -402,20 +426,18 @@ Json CmdCreateObject(const Words&, std::string_view line) {
   return reply;
 }
 
+// delete-objects ID...: the objects go with their symbols and their child
+// submaps, which take every symbol on them (the objects of those symbols
+// stay), and with the connections attached to any symbol that goes.
 Json CmdDeleteObjects(const Words& w, std::string_view) {
   Map& map = TheMap();
   std::vector<uint32_t> ids = ParseIds(w, 1);
-  std::vector<const Object*> objects;
   for (uint32_t id : ids) {
-    const Object* o = map.FindObject(id);
-    if (o == nullptr) throw Refusal{"object " + std::to_string(id) + " does not exist"};
-    objects.push_back(o);
+    if (map.FindObject(id) == nullptr) {
+      throw Refusal{"object " + std::to_string(id) + " does not exist"};
+    }
   }
-  Event e;
-  e.code = QXW_EVENT_OBJECTS_DELETED;
-  e.objects = BuildObjectList(map, objects);
-  map.RemoveObjects(ids);
-  Queue(e);
+  QueueAndRemove(map, map.ObjectsRemoval(ids));
   return Ok();
 }
 

@@ -152,7 +152,7 @@ void Map::IndexValue(Object& object, const FieldValue& value) {
   InsertOrdered(*Bucket(*field, value.scalar, true), &object);
 }
 
-void Map::UnindexValue(Object& object, const FieldValue& value) {
+void Map::UnindexValue(const Object& object, const FieldValue& value) {
   const FieldDef* field = FieldById(value.field);
   if (field == nullptr || field->list) return;
   if (std::vector<Object*>* bucket = Bucket(*field, value.scalar, false)) {
@@ -249,45 +249,59 @@ void Map::RemoveSymbols(const std::vector<QXwSymbolId>& ids) {
   UnlinkSymbols(std::unordered_set<const Symbol*>(doomed.begin(), doomed.end()));
 }
 
-void Map::RemoveSubmaps(const std::vector<QXwSubmapId>& ids) {
-  std::vector<QXwSymbolId> symbolIds;
+void Map::CollectSubmaps(const std::vector<QXwSubmapId>& ids, Removal* removal,
+                         std::vector<QXwSymbolId>* symbolIds) {
+  std::unordered_set<const Submap*> seen(removal->submaps.begin(), removal->submaps.end());
   for (QXwSubmapId id : ids) {
-    Submap* m = FindSubmap(id);
-    if (m == nullptr) continue;
-    for (const Symbol* s : m->symbols) symbolIds.push_back(s->id);
+    const Submap* m = FindSubmap(id);
+    if (m == nullptr || !seen.insert(m).second) continue;
+    removal->submaps.push_back(m);
+    for (const Symbol* s : m->symbols) symbolIds->push_back(s->id);
   }
-  RemoveSymbols(symbolIds);
-  for (QXwSubmapId id : ids) {
-    Submap* m = FindSubmap(id);
-    if (m == nullptr) continue;
-    if (Object* parent = FindObject(m->parentObject)) {
+}
+
+Map::Removal Map::SubmapsRemoval(const std::vector<QXwSubmapId>& ids) {
+  Removal removal;
+  std::vector<QXwSymbolId> symbolIds;
+  CollectSubmaps(ids, &removal, &symbolIds);
+  removal.symbols = SymbolsToRemove(symbolIds);
+  return removal;
+}
+
+Map::Removal Map::ObjectsRemoval(const std::vector<QXwObjectId>& ids) {
+  Removal removal;
+  std::unordered_set<const Object*> seen;
+  std::vector<QXwSymbolId> symbolIds;
+  std::vector<QXwSubmapId> children;
+  for (QXwObjectId id : ids) {
+    const Object* o = FindObject(id);
+    if (o == nullptr || !seen.insert(o).second) continue;
+    removal.objects.push_back(o);
+    for (const Symbol* s : o->symbols) symbolIds.push_back(s->id);
+    if (o->childSubmap != 0) children.push_back(o->childSubmap);
+  }
+  CollectSubmaps(children, &removal, &symbolIds);
+  removal.symbols = SymbolsToRemove(symbolIds);
+  return removal;
+}
+
+void Map::Remove(const Removal& removal) {
+  UnlinkSymbols(std::unordered_set<const Symbol*>(removal.symbols.begin(), removal.symbols.end()));
+  // Erasing one entry leaves the pointers to the others valid.
+  for (const Submap* m : removal.submaps) {
+    const QXwSubmapId id = m->id;
+    if (Object* parent = FindObject(m->parentObject); parent != nullptr) {
       if (parent->childSubmap == id) parent->childSubmap = 0;
     }
     if (rootSubmap == id) rootSubmap = 0;
     submaps_.erase(id);
   }
-}
-
-void Map::RemoveObjects(const std::vector<QXwObjectId>& ids) {
-  std::vector<QXwSymbolId> symbolIds;
-  std::unordered_set<const Object*> dead;
-  for (QXwObjectId id : ids) {
-    Object* o = FindObject(id);
-    if (o == nullptr) continue;
-    dead.insert(o);
-    for (const Symbol* s : o->symbols) symbolIds.push_back(s->id);
-  }
-  if (dead.empty()) return;
-  RemoveSymbols(symbolIds);
+  if (removal.objects.empty()) return;
+  std::unordered_set<const Object*> dead(removal.objects.begin(), removal.objects.end());
   EraseIf(objectOrder_, [&](const Object* o) { return dead.count(o) != 0; });
-  for (QXwObjectId id : ids) {
-    Object* o = FindObject(id);
-    if (o == nullptr) continue;
+  for (const Object* o : removal.objects) {
     for (const FieldValue& v : o->fields) UnindexValue(*o, v);
-    if (Submap* child = FindSubmap(o->childSubmap)) {
-      if (child->parentObject == id) child->parentObject = 0;
-    }
-    objects_.erase(id);
+    objects_.erase(o->id);
   }
 }
 

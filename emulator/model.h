@@ -155,14 +155,28 @@ class Map {
   // The symbols that removing `ids` removes: the named ones that exist, in
   // order and once each, then the connections attached to any of them.
   std::vector<const Symbol*> SymbolsToRemove(const std::vector<QXwSymbolId>& ids);
-  // Removers; ids that do not exist are ignored.
+  // Removes the symbols that SymbolsToRemove names.
   void RemoveSymbols(const std::vector<QXwSymbolId>& ids);
-  // Removes the submaps and every symbol on them; a parent object's
-  // childSubmap is reset to 0.
-  void RemoveSubmaps(const std::vector<QXwSubmapId>& ids);
-  // Removes the objects and their symbols; a child submap's parentObject is
-  // reset to 0.
-  void RemoveObjects(const std::vector<QXwObjectId>& ids);
+
+  // Everything one removal takes, each kind in order and once each.
+  struct Removal {
+    std::vector<const Symbol*> symbols;
+    std::vector<const Submap*> submaps;
+    std::vector<const Object*> objects;
+  };
+  // Removing submaps takes the symbols on them (in submap order, then the
+  // connections attached to any of them). Ids that do not exist are ignored.
+  Removal SubmapsRemoval(const std::vector<QXwSubmapId>& ids);
+  // Removing objects takes their child submaps, and the symbols of the
+  // objects, then those on the child submaps, then the connections attached
+  // to any of them. The objects of the symbols on a child submap stay. Ids
+  // that do not exist are ignored.
+  Removal ObjectsRemoval(const std::vector<QXwObjectId>& ids);
+  // Applies a removal made by SubmapsRemoval or ObjectsRemoval with no change
+  // to the map since; its pointers are invalid afterwards. A surviving parent
+  // object's childSubmap becomes 0, and so does rootSubmap when its submap
+  // goes.
+  void Remove(const Removal& removal);
 
   // The objects whose non-list `field` has the value `key` (its num for
   // integers, booleans and enumerations, its text for strings), in creation
@@ -186,7 +200,11 @@ class Map {
   };
   std::vector<Object*>* Bucket(const FieldDef& field, const Scalar& value, bool create);
   void IndexValue(Object& object, const FieldValue& value);
-  void UnindexValue(Object& object, const FieldValue& value);
+  void UnindexValue(const Object& object, const FieldValue& value);
+  // Adds the submaps to `removal` and the ids of their symbols to
+  // `symbolIds`.
+  void CollectSubmaps(const std::vector<QXwSubmapId>& ids, Removal* removal,
+                      std::vector<QXwSymbolId>* symbolIds);
   // The predecessor `symbol` keeps when the `dead` symbols go: the nearest
   // one before it that stays, or 0 when none does (never the symbol itself).
   // The walk takes at most one step more than there are dead symbols, so

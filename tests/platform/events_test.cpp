@@ -108,7 +108,7 @@ TEST_F(EventsTest, CommandsMakeOneEventEachInTheirHandlersForm) {
       "move 104 1 50 60",
       "move 107 1 0 0",
       "normalize 104 1",
-      R"(create-symbol {"submap": 5, "object": 51, "variety": 1, "plane": 2})",
+      R"(create-symbol {"submap": 3, "object": 51, "variety": 1, "plane": 2})",
       "delete-symbols 104",
       R"(create-submap {"name": "New", "parentObject": 51})",
       "autolayout 3 0",
@@ -207,8 +207,76 @@ TEST_F(EventsTest, ObjectEventsReachEachHandlerThroughItsFilter) {
             nlohmann::json::array({82, 90, 83}));
   skifftest::DeliverPending();
   EXPECT_EQ(g_seen, (std::vector<std::string>{"interfaces 18 [80]", "all 18 [80]", "all 18 [81]",
-                                              "interfaces 15 [41 42]", "all 15 [41 30 42]",
-                                              "interfaces 18 [82 83]", "all 18 [82 90 83]"}));
+                                              "14 [109 102 103 110 107]", "interfaces 15 [41 42]",
+                                              "all 15 [41 30 42]", "interfaces 18 [82 83]",
+                                              "all 18 [82 90 83]"}));
+}
+
+// Deleted items as the deletion events carry them: symbols as
+// "id@submap:object", submaps as "id<parent object", objects as
+// "id>child submap".
+void OnDeletedSymbols(void*, int code, QXwMapInfo*, QXwSymbolList* list) {
+  std::string line = std::to_string(code);
+  for (int i = 0; i < list->count; ++i) {
+    const QXwSymbolInfo& s = list->symbols[i];
+    line += " " + std::to_string(s.symbol_id) + "@" + std::to_string(s.submap_id) + ":" +
+            std::to_string(s.object.object_id);
+  }
+  g_seen.push_back(line);
+}
+void OnDeletedSubmaps(void*, int code, QXwMapInfo*, QXwSubmapList* list) {
+  std::string line = std::to_string(code);
+  for (int i = 0; i < list->count; ++i) {
+    line += " " + std::to_string(list->submaps[i].submap_id) + "<" +
+            std::to_string(list->submaps[i].parent_object_id);
+  }
+  g_seen.push_back(line);
+}
+void OnDeletedObjects(void*, int code, QXwMapInfo*, QXwObjectList* list) {
+  std::string line = std::to_string(code);
+  for (int i = 0; i < list->count; ++i) {
+    line += " " + std::to_string(list->objects[i].object_id) + ">" +
+            std::to_string(list->objects[i].child_submap_id);
+  }
+  g_seen.push_back(line);
+}
+
+TEST(DeletionEventsTest, DeletionsReportEverythingTheyTakeInDependencyOrder) {
+  struct Case {
+    const char* command;
+    std::vector<std::string> events;
+    std::vector<unsigned> submapsLeft;
+  } cases[] = {
+      // Its symbols, its child submap with the symbols there (of other
+      // objects, which stay), and the connection to one of its symbols.
+      {"delete-objects 40",
+       {"14 104@3:40 105@3:40 109@4:41 110@4:42 107@3:60", "16 4<40", "15 40>4"},
+       {1, 2, 3, 5}},
+      {"delete-objects 70 10",
+       {"14 100@1:10 101@2:20 102@2:30", "16 2<10", "15 70>0 10>2"},
+       {1, 3, 4, 5}},
+      {"delete-objects 30 30", {"14 102@2:30 103@3:30 107@3:60", "15 30>0"}, {1, 2, 3, 4, 5}},
+      {"delete-objects 51", {"15 51>0"}, {1, 2, 3, 4, 5}},
+      {"delete-submaps 4", {"14 109@4:41 110@4:42", "16 4<40"}, {1, 2, 3, 5}},
+      {"delete-submaps 5 4 5", {"14 109@4:41 110@4:42", "16 5<0 4<40"}, {1, 2, 3}},
+      {"delete-submaps 2", {"14 101@2:20 102@2:30", "16 2<10"}, {1, 3, 4, 5}},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.command);
+    skifftest::PlatformSession session(skifftest::TestMap("platform.json"));
+    ASSERT_TRUE(session.ok()) << session.error();
+    Register(QXW_EVENT_SYMBOLS_DELETED, OnDeletedSymbols);
+    Register(QXW_EVENT_SUBMAPS_DELETED, OnDeletedSubmaps);
+    Register(QXW_EVENT_OBJECTS_DELETED, OnDeletedObjects);
+    g_seen.clear();
+    ControlOk(c.command);
+    skifftest::DeliverPending();
+    EXPECT_EQ(g_seen, c.events);
+    nlohmann::json map = ControlOk("dump")["map"];
+    std::vector<unsigned> submapsLeft;
+    for (const nlohmann::json& s : map["submaps"]) submapsLeft.push_back(s["id"]);
+    EXPECT_EQ(submapsLeft, c.submapsLeft);
+  }
 }
 
 TEST_F(EventsTest, EventsWithoutHandlersAreDropped) {

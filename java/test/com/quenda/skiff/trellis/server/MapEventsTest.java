@@ -226,7 +226,9 @@ class MapEventsTest extends OneSessionTest {
         dispatcher.hooks.put("submapDeletedCB", () -> dispatcher.record("child submap of Store",
                 TestNative.childSubmapId("Store")));
         try {
-            assertEquals(List.of("submapDeletedCB(4, 3)", "child submap of Store(0)"),
+            // Its symbols go first, in an event of their own: 400 and 402, not loaded.
+            assertEquals(concat(BEGIN, List.of("submapInCache(4)", "submapInCache(4)"), END,
+                    List.of("submapDeletedCB(4, 3)", "child submap of Store(0)")),
                     callbacks("delete-submaps 4"));
         } finally {
             dispatcher.hooks.clear();
@@ -237,8 +239,11 @@ class MapEventsTest extends OneSessionTest {
                 callbacks("create-submap {\"id\": 6, \"name\": \"Annex\", \"parentObject\": 3}"));
         assertEquals(6, dispatcher.getSymbol(102).getChildSubmapId());
 
-        // A loaded submap leaves the mirror with its symbols.
-        assertEquals(List.of("submapDeletedCB(5, 0)"), callbacks("delete-submaps 5"));
+        // A loaded submap's symbols leave the mirror before the submap; its refresh finds none.
+        assertEquals(concat(BEGIN, List.of("submapInCache(5)", "symbolDeletedCB(500, 5, false)",
+                "submapInCache(5)", "symbolDeletedCB(501, 5, true)", "submapInCache(5)",
+                "symbolDeletedCB(502, 5, true)"), refresh(5), END,
+                List.of("submapDeletedCB(5, 0)")), callbacks("delete-submaps 5"));
         assertNull(dispatcher.getSubmap(5));
         assertNull(dispatcher.getSymbol(500));
     }
@@ -300,5 +305,33 @@ class MapEventsTest extends OneSessionTest {
         assertEquals(List.of(), callbacks("create-object {\"id\": 30, \"fields\": {\"isInterface\":"
                 + " true, \"TopM Node ID\": 10}}", "delete-objects 30 20"));
         assertEquals(0, control.calls("QXwDbGetFieldValuesByObjects"));
+    }
+
+    @Test
+    @Order(12)
+    void aDeletedObjectTakesItsChildSubmapAndTheScopingCacheForgetsItsName() throws Exception {
+        // Remembered by the scoping cache, which forgets it when it learns that submap 3 went.
+        assertEquals(3, session.onDispatcherThread(() -> TestNative.childSubmapId("Lab")));
+        dispatcher.hooks.put("submapDeletedCB", () -> dispatcher.record("child submap of Lab",
+                TestNative.childSubmapId("Lab")));
+        List<String> log;
+        try {
+            log = callbacks("delete-objects 2");
+        } finally {
+            dispatcher.hooks.clear();
+        }
+        // Lab's symbol on the root submap, then those on its child submap 3; Store, placed after
+        // Lab, now follows nothing. Lab is no interface: no object callback.
+        List<String> deleted = List.of("submapInCache(1)", "symbolDeletedCB(101, 1, true)",
+                "submapInCache(3)", "symbolDeletedCB(300, 3, true)", "submapInCache(3)",
+                "symbolDeletedCB(301, 3, true)");
+        List<String> refreshOf1 = refresh(1, moved(100, 1, 1, 10, 20, 0, false, true, true),
+                moved(102, 1, 2, 0, 0, 0, false, false, true));
+        List<String> after = List.of("submapDeletedCB(3, 2)", "child submap of Lab(0)");
+        List<String> oneOrder = concat(BEGIN, deleted, refreshOf1, refresh(3), END, after);
+        List<String> otherOrder = concat(BEGIN, deleted, refresh(3), refreshOf1, END, after);
+        assertTrue(log.equals(oneOrder) || log.equals(otherOrder), log.toString());
+        assertNull(dispatcher.getSubmap(3));
+        assertEquals(List.of(100, 102), symbolIds(1));
     }
 }
