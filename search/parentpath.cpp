@@ -144,7 +144,8 @@ int FindSymbol::GetParentLocations(QXwMapInfo* pMap, QXwSymbolId, QXwSubmapId su
   };
   auto levelOf = [&](QXwSubmapId submapId) {
     QXwSubmapInfo* pSubmap = pSubmapInfoHashtable->GetSubmapInfo(pMap, submapId);
-    QXwSymbolList* list = pSubmap != nullptr
+    // A submap without a parent object (the root) leads nowhere.
+    QXwSymbolList* list = pSubmap != nullptr && pSubmap->parent_object_id != 0
                               ? pSymbolInfoHashtable->GetSymbolList(pMap, pSubmap->parent_object_id)
                               : nullptr;
     return Level{submapId, list, 0, nullptr};

@@ -16,7 +16,8 @@ import org.junit.jupiter.api.Test;
  * Searches on search.json. Site A (submap 3) shows network 10.1.0 (its submap 5 holds rtr1 and
  * an unnamed node), network 10.11.5 (also on Site B), Annex on the user plane only, the
  * meta-connection "trunk" into submap 7 and "elsewhere" of another application; Site B (submap
- * 4) shows rtr1 and host-x; Loop A and Loop B show each other.
+ * 4) shows rtr1, host-x and Depot; 10.11.5's own submap (12) holds two user-plane symbols of
+ * twin; Loop A and Loop B show each other.
  */
 class SearchTest extends OneSessionTest {
     /** The hits of a search, each as "symbol submap-name selection-name". */
@@ -55,7 +56,8 @@ class SearchTest extends OneSessionTest {
                 new Case(OBJECTNAME, MATCH_REGEXP, ".", List.of("Site A"), List.of(
                         "300 Site A 10.1.0", "304 Site A 10.11.5", "301 Site A Annex",
                         "302 Site A trunk", "303 Site A elsewhere", "500 Net 10.1.0 rtr1",
-                        "502 Net 10.1.0 link-1", "700 Trunk trunk-host")),
+                        "502 Net 10.1.0 link-1", "700 Trunk trunk-host",
+                        "1201 Net 10.11.5 twin", "1202 Net 10.11.5 twin")),
                 new Case(OBJECTNAME, MATCH_EXACTLY, "10.11.5", List.of("Site B"),
                         List.of("400 Site B 10.11.5")),
                 new Case(OBJECTNAME, MATCH_EXACTLY, "rtr1", List.of("Site B", "Site A"),
@@ -73,15 +75,15 @@ class SearchTest extends OneSessionTest {
     @Test
     void oneSearchOpensTheCollectionServiceOnceAndFetchesEachRecordOnce() throws Exception {
         control.ok("reset-counters");
-        assertEquals(8, hits(OBJECTNAME, MATCH_REGEXP, ".", "Site A").size());
+        assertEquals(10, hits(OBJECTNAME, MATCH_REGEXP, ".", "Site A").size());
         String counters = control.ok("counters");
         for (String function : List.of("skCollectionOpen", "skCollectionEvaluate",
                 "skCollectionDone")) {
             assertEquals(1, EmulatorControl.calls(counters, function), function);
         }
-        // The 20 named objects, and the 10 submaps once each.
-        assertEquals(20, EmulatorControl.calls(counters, "QXwGetSymbolsByObject"));
-        assertEquals(10, EmulatorControl.calls(counters, "QXwGetSubmapInfo"));
+        // The 23 named objects, and the 12 submaps once each.
+        assertEquals(23, EmulatorControl.calls(counters, "QXwGetSymbolsByObject"));
+        assertEquals(12, EmulatorControl.calls(counters, "QXwGetSubmapInfo"));
     }
 
     @Test

@@ -1,0 +1,121 @@
+package com.quenda.skiff.trellis.server;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+
+import java.util.ArrayList;
+import java.util.List;
+import java.util.function.Supplier;
+import org.junit.jupiter.api.Test;
+
+/**
+ * Parent paths, node symbols and other symbols on search.json (see SearchTest). The map's root
+ * submap 1 shows "IP Internet" (100), whose submap 2 shows Site A (200) and Site B (201); Site
+ * A's submap 3 shows network 10.1.0 (300, submap 5 with rtr1 500), network 10.11.5 (304, also
+ * 400 on Site B; submap 12), Annex on the user plane (301, submap 6) and the meta-connection 302
+ * into submap 7; Depot has a user-plane symbol on the root submap (111) before an
+ * application-plane one on Site B (403).
+ */
+class PathTest extends OneSessionTest {
+    record Case(String what, Supplier<List<?>> request, List<?> result, String stderr) {}
+
+    private static void check(List<Case> cases) throws Exception {
+        for (Case c : cases) {
+            List<Object> result = new ArrayList<>();
+            String stderr = TestNative.captureStderr(() -> result.addAll(c.request().get()));
+            assertEquals(c.result(), result, c.what());
+            assertEquals(c.stderr(), stderr, c.what());
+        }
+    }
+
+    private static Case path(String what, int symbolId, int submapId, List<String> roots,
+            Integer... path) {
+        return new Case(what, () -> client.getSymbolParentPath(symbolId, submapId,
+                roots.toArray(String[]::new)), List.of(path), "");
+    }
+
+    @Test
+    void aSymbolsPathRunsFromTheScopeDownToItself() throws Exception {
+        List<String> none = List.of();
+        check(List.of(
+                path("on the root submap", 100, 1, none, 100),
+                path("three levels down", 500, 5, none, 100, 200, 300, 500),
+                path("on a root object's submap", 300, 3, List.of("Site A"), 200, 300),
+                path("below a root object", 500, 5, List.of("Site A"), 200, 300, 500),
+                path("first of two routes", 1200, 12, none, 100, 200, 304, 1200),
+                path("second route, the first leaving the scope", 1200, 12, List.of("Site B"),
+                        201, 400, 1200),
+                path("application plane before a shorter user-plane route", 1100, 11, none,
+                        100, 201, 403, 1100),
+                path("through a meta-connection", 700, 7, none, 100, 200, 302, 700),
+                path("through the user plane", 600, 6, none, 100, 200, 301, 600),
+                path("in a cycle", 901, 9, none, 901),
+                path("no symbol", 0, 5, none),
+                path("no submap", 500, 0, none)));
+    }
+
+    @Test
+    void aNodesPathStartsFromItsTopMostSymbolInTheIPTopology() throws Exception {
+        String notFound = "GetTopMostIPMapSymbolForObject: could not find symbol to use for object"
+                + " [%s]\n";
+        check(List.of(
+                new Case("a router's compound-status symbol",
+                        () -> client.getNodeParentPath("10.1.0.1", ""),
+                        List.of(100, 200, 300, 500), ""),
+                new Case("its first in-scope symbol when none in scope has compound status",
+                        () -> client.getNodeParentPath("rtr1.example", "", "Site B"),
+                        List.of(201, 401), ""),
+                new Case("only on a meta-connection's submap",
+                        () -> client.getNodeParentPath("trunk.local", ""), List.of(),
+                        String.format(notFound, "trunk-host")),
+                new Case("inside a parent, but no meta-connection on the way up",
+                        () -> client.getNodeParentPath("trunk.local", "trunk"), List.of(700), ""),
+                new Case("out of scope", () -> client.getNodeParentPath("hostx.example", "",
+                        "Site A"), List.of(), String.format(notFound, "host-x")),
+                new Case("no such node", () -> client.getNodeParentPath("nobody", ""),
+                        List.of(), "")));
+    }
+
+    @Test
+    void aNodeSymbolIsReportedForItsCustomSubmap() throws Exception {
+        record NodeCase(int customSubmapId, String name, String parent, String reported,
+                String stderr) {}
+        List<NodeCase> cases = List.of(
+                // Of unknown kind: an in-scope symbol of another application will do.
+                new NodeCase(99, "elsewhere", null, "addNodeSymbol(303, 3, elsewhere,", ""),
+                // The later of two user-plane symbols on the parent's submap.
+                new NodeCase(7, "twin", "10.11.5", "addNodeSymbol(1202, 12, twin,", ""),
+                new NodeCase(5, "host-x", "rtr1", null, "GetSymbolForObject: could not find"
+                        + " symbol [host-x] within child submap of object [rtr1]\n"),
+                new NodeCase(0, "rtr1", null, null, ""));
+        for (NodeCase c : cases) {
+            int before = dispatcher.log().size();
+            String stderr = TestNative.captureStderr(
+                    () -> client.getNodeSymbol(c.customSubmapId(), c.name(), c.parent()));
+            List<String> log = dispatcher.log().subList(before, dispatcher.log().size());
+            List<String> reported = log.stream().filter(e -> e.startsWith("addNodeSymbol(")).toList();
+            if (c.reported() == null) {
+                assertEquals(List.of(), reported, c.name());
+            } else {
+                assertEquals(1, reported.size(), c.name());
+                assertEquals(true, reported.get(0).startsWith(c.reported()), reported.get(0));
+                assertEquals(true, reported.get(0).endsWith(", " + c.customSubmapId() + ")"),
+                        reported.get(0));
+            }
+            assertEquals(c.stderr(), stderr, c.name());
+        }
+    }
+
+    @Test
+    void otherSymbolsAreTheObjectsOtherIconsWithinTheScope() throws Exception {
+        check(List.of(
+                new Case("the other place", () -> client.getOtherSymbols(401, 10),
+                        List.of(new FoundSymbol("rtr1", "Net 10.1.0", "rtr1", 10, 500, 5,
+                                "Connector:Router", 0)), ""),
+                new Case("within Site B", () -> client.getOtherSymbols(0, 10, "Site B"),
+                        List.of(new FoundSymbol("rtr1", "Site B", "rtr1", 10, 401, 4,
+                                "Connector:Router", 0)), ""),
+                new Case("never a connection", () -> client.getOtherSymbols(0, 7), List.of(), ""),
+                new Case("on the user plane", () -> client.getOtherSymbols(1201, 25).stream()
+                        .map(FoundSymbol::symbolId).toList(), List.of(1202), "")));
+    }
+}
