@@ -11,7 +11,8 @@ import java.io.InputStreamReader;
  * the session ends. The map is the platform's (the emulator's QXW_MAP, or its embedded default
  * map) and so is the control socket through which a person changes it (QXW_CONTROL);
  * build/bin/skiff-demo sets both up. With --find KIND TEXT it also searches the map before
- * watching it; while it watches, "find KIND TEXT" lines on standard input search it too. SIGTERM
+ * watching it; while it watches, query lines on standard input search it, show paths and group
+ * networks under their locations (see MapQueries). SIGTERM
  * ends the session before the demo exits.
  */
 public final class Demo {
@@ -19,7 +20,7 @@ public final class Demo {
 
     public static void main(String[] args) throws Exception {
         boolean find = args.length == 3 && args[0].equals("--find")
-                && SearchPrinter.isKind(args[1]);
+                && MapQueries.isKind(args[1]);
         if (args.length > 0 && !find) {
             System.err.println("usage: skiff-demo [--control SOCKET]"
                     + " [--find name|host|address TEXT] [MAP_FILE]");
@@ -42,10 +43,10 @@ public final class Demo {
             new MapTreePrinter(session.client, session.dispatcher, System.out).print(root);
         }
 
-        SearchPrinter search = new SearchPrinter(session.client, System.out);
+        MapQueries queries = new MapQueries(session.client, System.out);
         if (find) {
             System.out.println();
-            search.find(args[1], args[2]);
+            queries.find(args[1], args[2]);
         }
 
         session.dispatcher.addMapListener(new MapChangePrinter(System.out));
@@ -57,28 +58,23 @@ public final class Demo {
                 + " for example:%n  %s -s %s \"status 3 %s\" \"hide %s\" \"move %s 1 100 100\"%n"
                 + "End with \"%s -s %s end-session\" or Ctrl-C.%n", socket, controlClient,
                 socket, example, example, example, controlClient, socket);
-        System.out.printf("Search it by typing: %s%n%n", SearchPrinter.USAGE);
+        System.out.printf("Ask it by typing:%n%s%n%n", MapQueries.USAGE);
         System.out.flush();
-        Thread input = new Thread(() -> readCommands(search), "standard input");
+        Thread input = new Thread(() -> readCommands(queries), "standard input");
         input.setDaemon(true);
         input.start();
         session.awaitEnd();
         System.exit(0);
     }
 
-    /** Serves the "find" lines of standard input until it ends. */
-    private static void readCommands(SearchPrinter search) {
+    /** Answers the query lines of standard input until it ends. */
+    private static void readCommands(MapQueries queries) {
         BufferedReader in = new BufferedReader(new InputStreamReader(System.in));
         try {
             for (String line; (line = in.readLine()) != null; ) {
-                String[] words = line.strip().split("\\s+", 3);
-                if (words.length == 1 && words[0].isEmpty()) continue;
-                if (words.length == 3 && words[0].equals("find") && SearchPrinter.isKind(words[1])) {
-                    search.find(words[1], words[2]);
-                } else {
-                    System.out.println("? " + SearchPrinter.USAGE);
-                    System.out.flush();
-                }
+                if (line.isBlank() || queries.run(line)) continue;
+                System.out.println("? " + line.strip() + "\n" + MapQueries.USAGE);
+                System.out.flush();
             }
         } catch (IOException e) {
             // Standard input is gone: the demo goes on watching the map.
