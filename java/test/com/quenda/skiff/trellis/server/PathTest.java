@@ -76,6 +76,25 @@ class PathTest extends OneSessionTest {
     }
 
     @Test
+    void theScopingVerboseSwitchTellsWhichSymbolWasChosen() throws Exception {
+        for (boolean verbose : new boolean[] {true, false}) {
+            client.open(false, false, verbose);
+            String said = !verbose ? "" : String.join("",
+                    "GetTopMostIPMapSymbolForObject for rtr1 (oid:10) decided to use symbol 500"
+                            + " (submap:Net 10.1.0)\n",
+                    "GetSymbolForObject: given trunk-host (oid:15) decided to use symbol 700"
+                            + " (submap:Trunk)\n",
+                    "GetTopMostIPMapSymbolForObject for object 2 decided to use symbol 200"
+                            + " (submap:Internet)\n");
+            assertEquals(said, TestNative.captureStderr(() -> {
+                client.getNodeParentPath("10.1.0.1", "");
+                client.getNodeParentPath("trunk.local", "trunk");
+                client.getSymbolParentPath(500, 5, "Site A");
+            }));
+        }
+    }
+
+    @Test
     void aNodeSymbolIsReportedForItsCustomSubmap() throws Exception {
         record NodeCase(int customSubmapId, String name, String parent, String reported,
                 String stderr) {}
