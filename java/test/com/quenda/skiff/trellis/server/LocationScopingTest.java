@@ -79,6 +79,16 @@ class LocationScopingTest extends OneSessionTest {
             assertEquals(c.locationId(), locationId(c.objectId()), "object " + c.objectId());
         }
         assertEquals(Set.of(2, 3), dispatcher.getNetworkLocations().get(21));
+        // The verbose line of the report has no line end of its own.
+        client.open(false, true, false);
+        try {
+            assertEquals("SymbolsCreatedCB\n"
+                    + "ScopingCache::GetChildSubmapId determined that the submapId is 2\n"
+                    + "ScopingNetworkCreatedCB 26 0",
+                    TestNative.captureStderr(() -> networkSymbol(26, 2, 2, "Network:IP")));
+        } finally {
+            client.open(false, false, false);
+        }
         // A user-plane symbol of a network that has an application-plane place is not reported.
         assertEquals(List.of(), callbacks("create-symbol {\"submap\": 3, \"object\": 11,"
                 + " \"type\": \"Network:IP\", \"variety\": 1, \"plane\": 4}").stream()
