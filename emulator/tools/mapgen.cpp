@@ -284,7 +284,9 @@ class Generator {
   NetworkResult Network(uint32_t locationSubmap, uint32_t locationObject) {
     ++networkCount_;
     NetworkResult n;
-    n.prefix = "10." + std::to_string((networkCount_ >> 8) & 255) + "." +
+    // 10.0.1 to 10.255.255, then on into 11.0.0 and above: names stay unique.
+    n.prefix = std::to_string(10 + (networkCount_ >> 16)) + "." +
+               std::to_string((networkCount_ >> 8) & 255) + "." +
                std::to_string(networkCount_ & 255);
     n.object = NewObjectId();
     n.submap = NewSubmapId();

@@ -6,8 +6,10 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <set>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include "emulator/loader.h"
 
@@ -109,6 +111,34 @@ TEST(MapgenTest, GeneratedMapsHaveTheIpMapStructure) {
   EXPECT_GT(otherApp, 0);
   EXPECT_GT(metaSubmaps, 0);
   EXPECT_GT(compoundRouters, 0);
+}
+
+TEST(MapgenTest, NetworkNamesStayDistinctPastTheSixtyFiveThousandth) {
+  // Read from the text, one object a line: loading a map this large takes
+  // long in a sanitized build. The loader refuses repeated selection names.
+  std::istringstream text(
+      Generate("--locations 1 --depth 1 --networks 65537 --segments 0 --routers 0"));
+  const std::string key = "\"Selection Name\": \"";
+  std::vector<std::string> networks;
+  std::set<std::string> distinct;
+  for (std::string line; std::getline(text, line);) {
+    if (line.find("\"isNetwork\": true") == std::string::npos) continue;
+    const size_t at = line.find(key);
+    ASSERT_NE(at, std::string::npos) << line;
+    const size_t from = at + key.size();
+    networks.push_back(line.substr(from, line.find('"', from) - from));
+    distinct.insert(networks.back());
+  }
+  ASSERT_EQ(networks.size(), 65538u);  // "IP Internet" first
+  EXPECT_EQ(distinct.size(), networks.size());
+  const struct {
+    size_t ordinal;
+    const char* name;
+  } kNames[] = {{1, "10.0.1"},         {255, "10.0.255"}, {256, "10.1.0"},
+                {65535, "10.255.255"}, {65536, "11.0.0"}, {65537, "11.0.1"}};
+  for (const auto& expected : kNames) {
+    EXPECT_EQ(networks[expected.ordinal], expected.name) << expected.ordinal;
+  }
 }
 
 }  // namespace
