@@ -1,0 +1,265 @@
+// The scoping benchmark's baseline and probes: the platform calls that a
+// location scoping request needs, made by a plain loop in the benchmark's own
+// process on the map the library has open; the symbols along one line of
+// descent from the root submap; and the emulator's platform call counters.
+#include <sched.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "bridge/javacall.h"
+#include "bridge/text.h"
+#include "com_quenda_skiff_trellis_bench_ScopingBench.h"
+#include "emulator/qxwemu.h"
+#include "platform/qxw.h"
+#include "platform/qxwdb.h"
+
+using skiff::jni::LocalRef;
+
+namespace {
+
+QXwMapInfo* s_map = nullptr;
+QXwFieldId s_isNetwork = 0;
+QXwSubmapId s_internet = 0;
+
+// A walk that climbs more submaps than this is going round in circles.
+constexpr int kMaxClimb = 1000;
+
+bool InIpMap(const QXwSymbolInfo& symbol) {
+  for (int i = 0; i < symbol.apps.count; ++i) {
+    if (symbol.apps.names[i] != nullptr && std::strcmp(symbol.apps.names[i], "IP Map") == 0) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool CountsForScoping(const QXwSymbolInfo& symbol) {
+  return symbol.plane == QXW_PLANE_APPLICATION && InIpMap(symbol);
+}
+
+bool IsLocation(const QXwSymbolInfo& symbol) {
+  return symbol.symbol_type != nullptr && std::strncmp(symbol.symbol_type, "Location:", 9) == 0 &&
+         CountsForScoping(symbol);
+}
+
+// One request's worth of walks up from the submaps that hold network
+// symbols. Each submap's record and each object's symbols are fetched once,
+// each starting submap is walked once; everything is released at the end.
+class Walks {
+ public:
+  Walks() = default;
+  Walks(const Walks&) = delete;
+  Walks& operator=(const Walks&) = delete;
+  ~Walks() {
+    for (auto& [id, submap] : submaps_) QXwFreeSubmapInfo(submap);
+    for (auto& [id, symbols] : symbols_) QXwFreeSymbolList(symbols);
+  }
+
+  // The locations above a submap, innermost first; none when the walk does
+  // not reach the "IP Internet" submap.
+  const std::vector<QXwObjectId>& Above(QXwSubmapId start) {
+    auto [it, isNew] = walked_.try_emplace(start);
+    std::vector<QXwObjectId>& found = it->second;
+    if (!isNew) return found;
+    QXwSubmapId at = start;
+    for (int climbed = 0; at != s_internet && climbed < kMaxClimb; ++climbed) {
+      const QXwSubmapInfo* submap = Submap(at);
+      const QXwSymbolInfo* up = nullptr;
+      if (submap != nullptr && submap->parent_object_id != 0) {
+        const QXwSymbolList* symbols = Symbols(submap->parent_object_id);
+        for (int i = 0; symbols != nullptr && i < symbols->count && up == nullptr; ++i) {
+          if (IsLocation(symbols->symbols[i])) up = &symbols->symbols[i];
+        }
+      }
+      if (up == nullptr) break;
+      found.push_back(up->object.object_id);
+      at = up->submap_id;
+    }
+    if (at != s_internet) found.clear();
+    return found;
+  }
+
+  size_t walks() const { return walked_.size(); }
+  size_t submaps() const { return submaps_.size(); }
+
+ private:
+  const QXwSubmapInfo* Submap(QXwSubmapId id) {
+    auto [it, isNew] = submaps_.try_emplace(id, nullptr);
+    if (isNew) it->second = QXwGetSubmapInfo(s_map, id);
+    return it->second;
+  }
+  const QXwSymbolList* Symbols(QXwObjectId id) {
+    auto [it, isNew] = symbols_.try_emplace(id, nullptr);
+    if (isNew) it->second = QXwGetSymbolsByObject(s_map, id);
+    return it->second;
+  }
+
+  std::unordered_map<QXwSubmapId, QXwSubmapInfo*> submaps_;
+  std::unordered_map<QXwObjectId, QXwSymbolList*> symbols_;
+  std::unordered_map<QXwSubmapId, std::vector<QXwObjectId>> walked_;
+};
+
+// What both sides' reports are compared by: every (network, location) pair
+// summed under a multiplier, in unsigned 64-bit arithmetic.
+uint64_t PairKey(QXwObjectId network, QXwObjectId location) {
+  return static_cast<uint64_t>(network) * 1000003u + location;
+}
+
+}  // namespace
+
+// The open map, the network capability field and the "IP Internet" submap,
+// as the baseline needs them. False when any of them is missing.
+JNIEXPORT jboolean JNICALL Java_com_quenda_skiff_trellis_bench_ScopingBench_openMap(JNIEnv*,
+                                                                                    jclass) {
+  if (s_map == nullptr) s_map = QXwGetMapInfo();
+  s_isNetwork = QXwDbFieldNameToFieldId("isNetwork");
+  const QXwObjectId internet = QXwDbSelectionNameToObjectId("IP Internet");
+  QXwObjectInfo* object = internet != 0 ? QXwGetObjectInfo(s_map, internet) : nullptr;
+  s_internet = object != nullptr ? object->child_submap_id : 0;
+  QXwFreeObjectInfo(object);
+  return s_map != nullptr && s_isNetwork != 0 && s_internet != 0;
+}
+
+// The platform calls of a location scoping request, made in a plain loop:
+// the network objects, each one's symbols, and one walk up from each submap
+// that holds network symbols of the IP map's application plane. Returns
+// {networks listed, networks with a location, (network, location) pairs,
+// sum of the pairs' keys, submaps walked from, submaps fetched}.
+JNIEXPORT jlongArray JNICALL
+Java_com_quenda_skiff_trellis_bench_ScopingBench_scopeAlone(JNIEnv* pEnv, jclass) {
+  QXwFieldValue isTrue{};
+  isTrue.field_type = QXW_FIELD_BOOLEAN;
+  isTrue.un.bool_val = 1;
+  QXwFieldBinding selector{s_isNetwork, &isTrue};
+  QXwObjectIdList* networks = QXwDbListObjectsByFieldValue(&selector);
+  Walks walks;
+  jlong listed = networks != nullptr ? networks->count : 0;
+  jlong located = 0;
+  jlong pairs = 0;
+  uint64_t keys = 0;
+  std::vector<QXwObjectId> locations;
+  for (jlong i = 0; i < listed; ++i) {
+    const QXwObjectId network = networks->object_ids[i];
+    QXwSymbolList* symbols = QXwGetSymbolsByObject(s_map, network);
+    locations.clear();
+    for (int k = 0; symbols != nullptr && k < symbols->count; ++k) {
+      if (!CountsForScoping(symbols->symbols[k])) continue;
+      for (QXwObjectId location : walks.Above(symbols->symbols[k].submap_id)) {
+        if (std::find(locations.begin(), locations.end(), location) == locations.end()) {
+          locations.push_back(location);
+        }
+      }
+    }
+    QXwFreeSymbolList(symbols);
+    if (!locations.empty()) ++located;
+    pairs += static_cast<jlong>(locations.size());
+    for (QXwObjectId location : locations) keys += PairKey(network, location);
+  }
+  QXwDbFreeObjectIdList(networks);
+  const jlong result[] = {listed,
+                          located,
+                          pairs,
+                          static_cast<jlong>(keys),
+                          static_cast<jlong>(walks.walks()),
+                          static_cast<jlong>(walks.submaps())};
+  jlongArray out = pEnv->NewLongArray(6);
+  if (out != nullptr) pEnv->SetLongArrayRegion(out, 0, 6, result);
+  return out;
+}
+
+// One line of descent from the root submap: at each depth from 1 to
+// `depth`, the first icon symbol of the application plane of the IP map on
+// the submap reached so far, preferring one that opens a submap, whose
+// submap is then the next one. Each entry is "symbol submap object type
+// label", tab-separated; the array ends early where a submap has no such
+// symbol.
+JNIEXPORT jobjectArray JNICALL
+Java_com_quenda_skiff_trellis_bench_ScopingBench_descend(JNIEnv* pEnv, jclass, jint depth) {
+  std::vector<std::string> line;
+  QXwSubmapId submap = s_map != nullptr ? s_map->root_submap_id : 0;
+  // The root submap's own symbol that opens a submap: depth 0.
+  for (jint d = 0; d <= depth && submap != 0; ++d) {
+    QXwSymbolList* symbols = QXwListSymbols(s_map, submap, QXW_PLANE_APPLICATION, "IP Map");
+    const QXwSymbolInfo* chosen = nullptr;
+    for (int i = 0; symbols != nullptr && i < symbols->count; ++i) {
+      const QXwSymbolInfo& s = symbols->symbols[i];
+      if (s.symbol_variety != QXW_SYMBOL_ICON) continue;
+      if (s.object.child_submap_id != 0) {
+        chosen = &s;
+        break;
+      }
+      if (chosen == nullptr) chosen = &s;
+    }
+    submap = chosen != nullptr ? chosen->object.child_submap_id : 0;
+    if (chosen != nullptr && d > 0) {
+      line.push_back(std::to_string(chosen->symbol_id) + "\t" + std::to_string(chosen->submap_id) +
+                     "\t" + std::to_string(chosen->object.object_id) + "\t" +
+                     (chosen->symbol_type != nullptr ? chosen->symbol_type : "") + "\t" +
+                     (chosen->symbol_label != nullptr ? chosen->symbol_label : ""));
+    }
+    QXwFreeSymbolList(symbols);
+  }
+  LocalRef<jclass> stringClass(pEnv, pEnv->FindClass("java/lang/String"));
+  jobjectArray out =
+      pEnv->NewObjectArray(static_cast<jsize>(line.size()), stringClass.get(), nullptr);
+  if (out == nullptr) return nullptr;
+  for (size_t i = 0; i < line.size(); ++i) {
+    LocalRef<jstring> item = skiff::jni::NewUtf8String(pEnv, line[i].c_str());
+    pEnv->SetObjectArrayElement(out, static_cast<jsize>(i), item.get());
+  }
+  return out;
+}
+
+// Keeps the calling thread on the CPU it runs on, and so every thread it
+// starts from now on (they inherit the mask). Returns the CPU, or -1 when
+// the thread stays free to move.
+JNIEXPORT jint JNICALL Java_com_quenda_skiff_trellis_bench_ScopingBench_stayOnThisCpu(JNIEnv*,
+                                                                                      jclass) {
+  const int cpu = sched_getcpu();
+  if (cpu < 0) return -1;
+  cpu_set_t set;
+  CPU_ZERO(&set);
+  CPU_SET(cpu, &set);
+  return sched_setaffinity(0, sizeof(set), &set) == 0 ? cpu : -1;
+}
+
+JNIEXPORT void JNICALL Java_com_quenda_skiff_trellis_bench_ScopingBench_resetPlatformCalls(JNIEnv*,
+                                                                                           jclass) {
+  qxwemu::Control("reset-counters");
+}
+
+// The platform functions called since the last reset, as "name count", most
+// called first, the event loop's own QXwProcessEvent left out (waking the
+// loop for a request calls it too).
+JNIEXPORT jobjectArray JNICALL
+Java_com_quenda_skiff_trellis_bench_ScopingBench_platformCalls(JNIEnv* pEnv, jclass) {
+  const nlohmann::json reply = nlohmann::json::parse(qxwemu::Control("counters"), nullptr, false);
+  std::vector<std::pair<std::string, long>> calls;
+  if (reply.is_object() && reply.contains("counters")) {
+    for (const auto& [name, count] : reply["counters"].items()) {
+      if (name != "QXwProcessEvent" && count.is_number() && count.get<long>() > 0) {
+        calls.emplace_back(name, count.get<long>());
+      }
+    }
+  }
+  std::stable_sort(calls.begin(), calls.end(),
+                   [](const auto& a, const auto& b) { return a.second > b.second; });
+  LocalRef<jclass> stringClass(pEnv, pEnv->FindClass("java/lang/String"));
+  jobjectArray out =
+      pEnv->NewObjectArray(static_cast<jsize>(calls.size()), stringClass.get(), nullptr);
+  if (out == nullptr) return nullptr;
+  for (size_t i = 0; i < calls.size(); ++i) {
+    const std::string text = calls[i].first + " " + std::to_string(calls[i].second);
+    LocalRef<jstring> item = skiff::jni::NewUtf8String(pEnv, text.c_str());
+    pEnv->SetObjectArrayElement(out, static_cast<jsize>(i), item.get());
+  }
+  return out;
+}
