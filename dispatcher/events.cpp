@@ -177,27 +177,30 @@ void QxwEventDispatcher::SymbolsCreatedCB(void*, int, QXwMapInfo* pMap, QXwSymbo
   SKIFF_TRACE("QxwEventDispatcher::SymbolsCreatedCB");
   skiff::DispatcherVerbose("SymbolsCreatedCB\n");
   JNIEnv* pEnv = skiff::jni::AttachedEnv();
-  ReportSymbolBatch(
-      pEnv, pSymbols, [pEnv, pMap](const QXwSymbolInfo& symbol, SubmapHashtable& touched) {
-        // Both steps concern every created symbol, on a loaded submap or not.
-        if (m_thisQxwSessionEnablesLocationTracking && m_doSetLocationIDFieldInCallbacks) {
-          NSP::SetLocationIDFieldIfNeeded(pMap, &symbol);
-        }
-        if (m_thisQxwSessionEnablesLocationTracking && m_doInvokeJavaCallbacksForScopingUpdates) {
-          FindSymbol::InvokeScopingNetworkCreatedCallbackIfNeeded(
-              pEnv, pMap, &symbol, ScopingCache::GetChildSubmapId(pMap, "IP Internet"));
-        }
-        if (!SubmapInCache(pEnv, symbol.submap_id)) return;
-        skiff::jni::LocalRef<jobject> symbolObject;
-        if (symbol.symbol_variety == QXW_SYMBOL_ICON) {
-          symbolObject = AddNodeSymbol(pEnv, &symbol, 0);
-        } else if (symbol.symbol_variety == QXW_SYMBOL_CONNECTION) {
-          symbolObject = AddConnectionSymbol(pEnv, &symbol);
-        }
-        touched.AddIfNeeded(symbol.submap_id);
-        CallVoid(pEnv, Peer(), m_symbolCreatedCB, symbolObject.get(),
-                 skiff::JavaId(symbol.submap_id));
-      });
+  const bool setsLocationIDs =
+      m_thisQxwSessionEnablesLocationTracking && m_doSetLocationIDFieldInCallbacks;
+  const bool reportsNetworks =
+      m_thisQxwSessionEnablesLocationTracking && m_doInvokeJavaCallbacksForScopingUpdates;
+  // The top of the IP topology, looked up once for the whole batch.
+  const QXwSubmapId ipInternetSubmapId =
+      reportsNetworks ? ScopingCache::GetChildSubmapId(pMap, "IP Internet") : 0;
+  ReportSymbolBatch(pEnv, pSymbols, [&](const QXwSymbolInfo& symbol, SubmapHashtable& touched) {
+    // Both steps concern every created symbol, on a loaded submap or not.
+    if (setsLocationIDs) NSP::SetLocationIDFieldIfNeeded(pMap, &symbol);
+    if (reportsNetworks) {
+      FindSymbol::InvokeScopingNetworkCreatedCallbackIfNeeded(pEnv, pMap, &symbol,
+                                                              ipInternetSubmapId);
+    }
+    if (!SubmapInCache(pEnv, symbol.submap_id)) return;
+    skiff::jni::LocalRef<jobject> symbolObject;
+    if (symbol.symbol_variety == QXW_SYMBOL_ICON) {
+      symbolObject = AddNodeSymbol(pEnv, &symbol, 0);
+    } else if (symbol.symbol_variety == QXW_SYMBOL_CONNECTION) {
+      symbolObject = AddConnectionSymbol(pEnv, &symbol);
+    }
+    touched.AddIfNeeded(symbol.submap_id);
+    CallVoid(pEnv, Peer(), m_symbolCreatedCB, symbolObject.get(), skiff::JavaId(symbol.submap_id));
+  });
 }
 
 void QxwEventDispatcher::SymbolsDeletedCB(void*, int, QXwMapInfo*, QXwSymbolList* pSymbols) {

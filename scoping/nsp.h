@@ -13,6 +13,7 @@
 
 #include <jni.h>
 
+#include "bridge/platformrecords.h"
 #include "platform/qxwrecords.h"
 
 class ObjectSymbolInfoHashtable;
@@ -115,6 +116,13 @@ class NSP {
                                         QXwSubmapId* pSubmapSymbolLivesOn);
 
  private:
+  // Fetches the object's symbols into *pSymbols (null when it has none) and
+  // returns the top-most of them, or null; with caches of its own for the
+  // scope tests.
+  static const QXwSymbolInfo* ChooseTopMostSymbol(JNIEnv* pEnv, QXwMapInfo* pMap,
+                                                  QXwObjectId objectId, const char* selectionName,
+                                                  SubmapHashtable* pRootSubmapsHashtable,
+                                                  skiff::SymbolListPtr* pSymbols);
   // The choosers of the top-most selection; each returns a symbol of the
   // list, or null.
   static QXwSymbolInfo* GetTopmostSymbolInfo(JNIEnv* pEnv, QXwMapInfo* pMap, QXwObjectId objectId,

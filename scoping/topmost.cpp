@@ -103,17 +103,26 @@ QXwSymbolInfo* NSP::GetTopmostSymbolInfo(JNIEnv* pEnv, QXwMapInfo* pMap, QXwObje
   return pChosen;
 }
 
+const QXwSymbolInfo* NSP::ChooseTopMostSymbol(JNIEnv* pEnv, QXwMapInfo* pMap, QXwObjectId objectId,
+                                              const char* selectionName,
+                                              SubmapHashtable* pRootSubmapsHashtable,
+                                              skiff::SymbolListPtr* pSymbols) {
+  pSymbols->reset(QXwGetSymbolsByObject(pMap, objectId));
+  if (*pSymbols == nullptr) return nullptr;
+  QXwSubmapInfoHashtable submapInfos;
+  ObjectSymbolInfoHashtable objectSymbols;
+  return GetTopmostSymbolInfo(pEnv, pMap, objectId, selectionName, pSymbols->get(),
+                              pRootSubmapsHashtable, &submapInfos, &objectSymbols);
+}
+
 QXwSymbolId NSP::GetTopMostIPMapSymbolForObject(JNIEnv* pEnv, QXwMapInfo* pMap,
                                                 QXwObjectId objectId,
                                                 SubmapHashtable* pRootSubmapsHashtable) {
   SKIFF_TRACE("NSP::GetTopMostIPMapSymbolForObject");
-  skiff::SymbolListPtr symbols(QXwGetSymbolsByObject(pMap, objectId));
-  if (symbols == nullptr) return 0;
-  QXwSubmapInfoHashtable submapInfos;
-  ObjectSymbolInfoHashtable objectSymbols;
+  skiff::SymbolListPtr symbols;
   const QXwSymbolInfo* pChosen =
-      GetTopmostSymbolInfo(pEnv, pMap, objectId, nullptr, symbols.get(), pRootSubmapsHashtable,
-                           &submapInfos, &objectSymbols);
+      ChooseTopMostSymbol(pEnv, pMap, objectId, nullptr, pRootSubmapsHashtable, &symbols);
+  if (symbols == nullptr) return 0;
   if (pChosen == nullptr) {
     std::fprintf(stderr,
                  "GetTopMostIPMapSymbolForObject: could not find symbol to use for object "
@@ -138,13 +147,10 @@ QXwSymbolId NSP::GetTopMostIPMapSymbolForObject(JNIEnv* pEnv, QXwMapInfo* pMap,
                                                 QXwSubmapId* pSubmapSymbolLivesOn) {
   SKIFF_TRACE("NSP::GetTopMostIPMapSymbolForObject");
   const QXwObjectId objectId = QXwDbSelectionNameToObjectId(selectionName);
-  skiff::SymbolListPtr symbols(QXwGetSymbolsByObject(pMap, objectId));
-  if (symbols == nullptr) return 0;
-  QXwSubmapInfoHashtable submapInfos;
-  ObjectSymbolInfoHashtable objectSymbols;
+  skiff::SymbolListPtr symbols;
   const QXwSymbolInfo* pChosen =
-      GetTopmostSymbolInfo(pEnv, pMap, objectId, selectionName, symbols.get(),
-                           pRootSubmapsHashtable, &submapInfos, &objectSymbols);
+      ChooseTopMostSymbol(pEnv, pMap, objectId, selectionName, pRootSubmapsHashtable, &symbols);
+  if (symbols == nullptr) return 0;
   if (pChosen == nullptr) {
     std::fprintf(stderr,
                  "GetTopMostIPMapSymbolForObject: could not find symbol to use for object [%s]\n",

@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <memory>
-#include <unordered_set>
+#include <optional>
 #include <vector>
 
 #include "bridge/platformrecords.h"
@@ -11,6 +11,7 @@
 #include "dispatcher/main.h"
 #include "platform/qxw.h"
 #include "platform/qxwdb.h"
+#include "search/climb.h"
 #include "tables/idsets.h"
 #include "tables/submapinfohashtable.h"
 #include "tables/symbolinfohashtables.h"
@@ -53,6 +54,61 @@ QXwSymbolInfo* NextSymbol(QXwSymbolList* pSymbolList, int& fromIndex, Kind kind,
   }
   fromIndex = pSymbolList->count;
   return nullptr;
+}
+
+// The symbols of objects that a report shows, each with its submap's name:
+// every one the caller keeps when the scope is unrestricted, else those within
+// the scope. The caches serve all objects of one report, and a restricted
+// report also takes the objects' own symbol lists through them, so that no
+// list is fetched twice.
+class ObjectSymbols {
+ public:
+  ObjectSymbols(QXwMapInfo* pMap, int isScopeUnrestricted, SubmapHashtable* pScope)
+      : pMap_(pMap), isScopeUnrestricted_(isScopeUnrestricted), pScope_(pScope) {}
+
+  template <class Keep>
+  void ForEach(QXwObjectId objectId, Keep keep, const FindSymbol::FoundSymbolSink& sink) {
+    std::unique_ptr<char, decltype(&std::free)> selectionName(
+        QXwDbObjectIdToSelectionName(objectId), &std::free);
+    skiff::SymbolListPtr owned;
+    QXwSymbolList* symbols = nullptr;
+    if (isScopeUnrestricted_) {
+      owned.reset(QXwGetSymbolsByObject(pMap_, objectId));
+      symbols = owned.get();
+    } else {
+      symbols = objectSymbols_.GetSymbolList(pMap_, objectId);
+    }
+    for (int i = 0; symbols != nullptr && i < symbols->count; ++i) {
+      const QXwSymbolInfo& symbol = symbols->symbols[i];
+      if (!keep(symbol)) continue;
+      if (!isScopeUnrestricted_ &&
+          !FindSymbol::SymbolIsWithinScope(nullptr, pMap_, symbol.symbol_id, symbol.submap_id,
+                                           pScope_, /*doRestrictToIPTopology=*/1, &submapInfos_,
+                                           &objectSymbols_)) {
+        continue;
+      }
+      const QXwSubmapInfo* pSubmap = submapInfos_.GetSubmapInfo(pMap_, symbol.submap_id);
+      const char* submapName = pSubmap != nullptr ? pSubmap->submap_name : nullptr;
+      sink(symbol, submapName != nullptr ? submapName : "",
+           selectionName != nullptr ? selectionName.get() : "");
+    }
+  }
+
+ private:
+  QXwMapInfo* pMap_;
+  int isScopeUnrestricted_;
+  SubmapHashtable* pScope_;
+  QXwSubmapInfoHashtable submapInfos_;
+  ObjectSymbolInfoHashtable objectSymbols_;
+};
+
+// A sink that reports each symbol to Java with one addFoundSymbolInfo.
+FindSymbol::FoundSymbolSink FoundSymbolReporter(JNIEnv* pEnv) {
+  return [pEnv](const QXwSymbolInfo& symbol, const char* submapName, const char* selectionName) {
+    QxwEventDispatcher::AddFoundSymbolInfo(
+        pEnv, symbol.symbol_label, submapName, selectionName, symbol.object.object_id,
+        symbol.symbol_id, symbol.submap_id, symbol.symbol_type, symbol.symbol_status);
+  };
 }
 
 }  // namespace
@@ -137,80 +193,32 @@ int FindSymbol::SymbolIsWithinScope(JNIEnv*, QXwMapInfo* pMap, QXwSymbolId,
                                     ObjectSymbolInfoHashtable* pSymbolInfoHashtable) {
   SKIFF_TRACE("FindSymbol::SymbolIsWithinScope");
   if (pRootSubmapsHashtable == nullptr) return 0;
-  if (pRootSubmapsHashtable->Contains(submapSymbolLivesOn)) return 1;
-  // A depth-first walk upwards: from a submap to the submaps that show its
-  // parent object, through each symbol in list order. Each level keeps its
-  // place in its parent object's symbol list.
-  struct Level {
-    QXwSymbolList* pParentSymbols;
-    int cursor;
-  };
-  auto levelOf = [&](QXwSubmapId submapId) {
-    QXwSubmapInfo* pSubmap = pSubmapInfoHashtable->GetSubmapInfo(pMap, submapId);
-    // A submap without a parent object (the root) leads nowhere.
-    QXwSymbolList* pParentSymbols =
-        pSubmap != nullptr && pSubmap->parent_object_id != 0
-            ? pSymbolInfoHashtable->GetSymbolList(pMap, pSubmap->parent_object_id)
-            : nullptr;
-    return Level{pParentSymbols, 0};
-  };
-  // Every submap the walk has entered. One that failed fails again on any
-  // other branch, and one still on the current branch would be a cycle.
-  std::unordered_set<QXwSubmapId> entered{submapSymbolLivesOn};
-  std::vector<Level> branch{levelOf(submapSymbolLivesOn)};
-  while (!branch.empty()) {
-    Level& level = branch.back();
-    QXwSymbolInfo* pCandidate =
-        GetNextExplodableSymbol(level.pParentSymbols, level.cursor, doRestrictToIPTopology,
-                                /*doRestrictToApplicationPlane=*/1, /*doIncludeMetaConnSymbols=*/1);
-    if (pCandidate == nullptr) {
-      branch.pop_back();
-      continue;
-    }
-    const QXwSubmapId upper = pCandidate->submap_id;
-    if (pRootSubmapsHashtable->Contains(upper)) return 1;
-    if (entered.insert(upper).second) branch.push_back(levelOf(upper));
-  }
-  return 0;
+  std::vector<skiff::CachedLevel> branch;
+  return skiff::ClimbToScope(
+      submapSymbolLivesOn, pRootSubmapsHashtable,
+      [&](QXwSubmapId submapId) {
+        return skiff::OpenCachedLevel(pMap, submapId, pSubmapInfoHashtable, pSymbolInfoHashtable);
+      },
+      [doRestrictToIPTopology](skiff::CachedLevel& level, size_t) {
+        return GetNextExplodableSymbol(level.parentSymbols, level.cursor, doRestrictToIPTopology,
+                                       /*doRestrictToApplicationPlane=*/1,
+                                       /*doIncludeMetaConnSymbols=*/1);
+      },
+      &branch);
 }
 
 void FindSymbol::ForEachFoundSymbol(QXwMapInfo* pMap, const QXwObjectIdList* pObjectIdList,
                                     int isScopeUnrestricted, SubmapHashtable* pRootSubmapsHashtable,
                                     const FoundSymbolSink& sink) {
   SKIFF_TRACE("FindSymbol::ForEachFoundSymbol");
-  if (pObjectIdList == nullptr) return;
-  QXwSubmapInfoHashtable submapInfos;
-  ObjectSymbolInfoHashtable objectSymbols;
-  for (int i = 0; i < pObjectIdList->count; ++i) {
-    const QXwObjectId objectId = pObjectIdList->object_ids[i];
-    std::unique_ptr<char, decltype(&std::free)> selectionName(
-        QXwDbObjectIdToSelectionName(objectId), &std::free);
-    // A restricted search takes the object's symbols through the cache its
-    // scope walks share, so that no list is fetched twice.
-    skiff::SymbolListPtr owned;
-    QXwSymbolList* symbols = nullptr;
-    if (isScopeUnrestricted) {
-      owned.reset(QXwGetSymbolsByObject(pMap, objectId));
-      symbols = owned.get();
-    } else {
-      symbols = objectSymbols.GetSymbolList(pMap, objectId);
-    }
-    for (int k = 0; symbols != nullptr && k < symbols->count; ++k) {
-      const QXwSymbolInfo& symbol = symbols->symbols[k];
-      if (!IsIconSymbol(&symbol) && !IsConnectionSymbol(&symbol)) continue;
-      // Icons take the scope test like connections: a restricted search
-      // shows only what lies within the roots.
-      if (!isScopeUnrestricted &&
-          !SymbolIsWithinScope(nullptr, pMap, symbol.symbol_id, symbol.submap_id,
-                               pRootSubmapsHashtable, /*doRestrictToIPTopology=*/1, &submapInfos,
-                               &objectSymbols)) {
-        continue;
-      }
-      const QXwSubmapInfo* pSubmap = submapInfos.GetSubmapInfo(pMap, symbol.submap_id);
-      const char* submapName = pSubmap != nullptr ? pSubmap->submap_name : nullptr;
-      sink(symbol, submapName != nullptr ? submapName : "",
-           selectionName != nullptr ? selectionName.get() : "");
-    }
+  ObjectSymbols walk(pMap, isScopeUnrestricted, pRootSubmapsHashtable);
+  for (int i = 0; pObjectIdList != nullptr && i < pObjectIdList->count; ++i) {
+    walk.ForEach(
+        pObjectIdList->object_ids[i],
+        [](const QXwSymbolInfo& symbol) {
+          return IsIconSymbol(&symbol) || IsConnectionSymbol(&symbol);
+        },
+        sink);
   }
 }
 
@@ -218,11 +226,30 @@ void FindSymbol::AddFoundSymbolsInfo(JNIEnv* pEnv, QXwMapInfo* pMap,
                                      const QXwObjectIdList* pObjectIdList, int isScopeUnrestricted,
                                      SubmapHashtable* pRootSubmapsHashtable) {
   SKIFF_TRACE("FindSymbol::AddFoundSymbolsInfo");
-  ForEachFoundSymbol(
-      pMap, pObjectIdList, isScopeUnrestricted, pRootSubmapsHashtable,
-      [pEnv](const QXwSymbolInfo& symbol, const char* submapName, const char* selectionName) {
-        QxwEventDispatcher::AddFoundSymbolInfo(
-            pEnv, symbol.symbol_label, submapName, selectionName, symbol.object.object_id,
-            symbol.symbol_id, symbol.submap_id, symbol.symbol_type, symbol.symbol_status);
-      });
+  ForEachFoundSymbol(pMap, pObjectIdList, isScopeUnrestricted, pRootSubmapsHashtable,
+                     FoundSymbolReporter(pEnv));
+}
+
+void FindSymbol::AddOtherSymbolsInfo(JNIEnv* pEnv, QXwMapInfo* pMap, QXwSymbolId symbolId,
+                                     QXwObjectId objectId, int isScopeUnrestricted,
+                                     SubmapHashtable* pRootSubmapsHashtable) {
+  SKIFF_TRACE("FindSymbol::AddOtherSymbolsInfo");
+  ObjectSymbols(pMap, isScopeUnrestricted, pRootSubmapsHashtable)
+      .ForEach(
+          objectId,
+          [symbolId](const QXwSymbolInfo& symbol) {
+            return symbol.symbol_id != symbolId && IsIconSymbol(&symbol);
+          },
+          FoundSymbolReporter(pEnv));
+}
+
+std::optional<skiff::CachedLevel> skiff::OpenCachedLevel(
+    QXwMapInfo* pMap, QXwSubmapId submapId, QXwSubmapInfoHashtable* pSubmapInfoHashtable,
+    ObjectSymbolInfoHashtable* pSymbolInfoHashtable) {
+  const QXwSubmapInfo* pSubmap = pSubmapInfoHashtable->GetSubmapInfo(pMap, submapId);
+  if (pSubmap == nullptr || pSubmap->parent_object_id == 0) return std::nullopt;
+  QXwSymbolList* pParentSymbols =
+      pSymbolInfoHashtable->GetSymbolList(pMap, pSubmap->parent_object_id);
+  if (pParentSymbols == nullptr) return std::nullopt;
+  return CachedLevel{pParentSymbols};
 }

@@ -77,10 +77,9 @@ class FindSymbol {
   // symbol (meta-connections included; in the IP topology too when
   // doRestrictToIPTopology is non-zero) on a submap within the scope. A root
   // is within scope without any platform call. Submaps and symbol lists come
-  // through the two caches, so one operation's walks fetch each at most once.
-  // A submap met again during the walk is not followed again, so a hierarchy
-  // with a cycle ends. `pEnv` and `symbolId` name the symbol being tested and
-  // do not change the result.
+  // through the two caches, so one operation's walks fetch each at most once
+  // (see search/climb.h for how a cycle ends). `pEnv` and `symbolId` name the
+  // symbol being tested and do not change the result.
   static int SymbolIsWithinScope(JNIEnv* pEnv, QXwMapInfo* pMap, QXwSymbolId symbolId,
                                  QXwSubmapId submapSymbolLivesOn,
                                  SubmapHashtable* pRootSubmapsHashtable, int doRestrictToIPTopology,
@@ -103,12 +102,17 @@ class FindSymbol {
   static void AddFoundSymbolsInfo(JNIEnv* pEnv, QXwMapInfo* pMap,
                                   const QXwObjectIdList* pObjectIdList, int isScopeUnrestricted,
                                   SubmapHashtable* pRootSubmapsHashtable);
+  // Reports to Java, with addFoundSymbolInfo, the object's icon symbols
+  // other than symbolId, in the platform's order; when the scope is
+  // restricted, only those within it.
+  static void AddOtherSymbolsInfo(JNIEnv* pEnv, QXwMapInfo* pMap, QXwSymbolId symbolId,
+                                  QXwObjectId objectId, int isScopeUnrestricted,
+                                  SubmapHashtable* pRootSubmapsHashtable);
 
   // Parent paths (search/parentpath.cpp). A path climbs from a submap
   // through the symbols of each submap's parent object until it reaches a
   // submap of the scope. At each level the first symbol, in the platform's
-  // order, whose own climb succeeds is taken. A submap met again on the
-  // current branch fails that branch, so a hierarchy with a cycle ends.
+  // order, whose own climb succeeds is taken (search/climb.h).
 
   // Receives the symbols of a path, one at a time, from the top down.
   using PathSink = std::function<void(QXwSymbolId symbolId)>;
@@ -140,6 +144,7 @@ class FindSymbol {
                                 ObjectSymbolInfoHashtable* pSymbolInfoHashtable,
                                 SubmapHashtable* pRootSubmapsHashtable,
                                 QXwObjectIdHashtable* pObjectIdHashtable);
+
   // Location scoping (scoping/locationscoping.cpp): the locations that
   // contain each network, up to the "IP Internet" child submap.
 
@@ -160,13 +165,6 @@ class FindSymbol {
   static void InvokeScopingNetworkCreatedCallbackIfNeeded(JNIEnv* pEnv, QXwMapInfo* pMap,
                                                           const QXwSymbolInfo* pSymbolInfo,
                                                           QXwSubmapId ipInternetSubmapId);
-
-  // Reports to Java, with addFoundSymbolInfo, the object's icon symbols
-  // other than symbolId, in the platform's order; when the scope is
-  // restricted, only those within it.
-  static void AddOtherSymbolsInfo(JNIEnv* pEnv, QXwMapInfo* pMap, QXwSymbolId symbolId,
-                                  QXwObjectId objectId, int isScopeUnrestricted,
-                                  SubmapHashtable* pRootSubmapsHashtable);
 };
 
 #endif  // SKIFF_SEARCH_FINDSYMBOL_H_
