@@ -43,43 +43,11 @@ TEST(RequestFormat, EveryRequestIsWrittenInItsFormat) {
        "3 n\vSite A\v12\v1"},
       {"node parent path", [](Message& m) { return FormatNodeParentPath(m, "10.0.0.1", "", 2); },
        "4 10.0.0.1\v\v2"},
-      {"symbol parent path",
-       [](Message& m) {
-         return FormatNumbers(m, kGetSymbolParentPath, {100, 2, 0});
-       },
-       "5 100 2 0"},
-      {"other symbols",
-       [](Message& m) {
-         return FormatNumbers(m, kGetOtherSymbols, {1, 2, 3});
-       },
-       "6 1 2 3"},
       {"search: the query comes last, spaces and all",
        [](Message& m) { return FormatMatchingSymbols(m, 0, 1, "IP Internet *", 2); },
        "7 0\v1\v2\vIP Internet *"},
       {"scoping information: the code alone",
        [](Message& m) { return FormatNumbers(m, kGetLocationScopingInfo, {}); }, "8"},
-      {"acknowledge",
-       [](Message& m) {
-         return FormatNumbers(m, kSetAcknowledgeState, {3, true});
-       },
-       "9 3 1"},
-      {"manage",
-       [](Message& m) {
-         return FormatNumbers(m, kSetManageState, {2, false});
-       },
-       "10 2 0"},
-      {"visibility",
-       [](Message& m) {
-         return FormatNumbers(m, kSetSymbolVisibilityState, {4, true});
-       },
-       "11 4 1"},
-      {"interface visibility",
-       [](Message& m) {
-         return FormatNumbers(m, kSetInterfaceAndNodeVisibilityState, {1, false});
-       },
-       "12 1 0"},
-      {"deletion", [](Message& m) { return FormatNumbers(m, kDeleteAllSymbolsForObjects, {5}); },
-       "13 5"},
   };
   for (const Case& c : cases) {
     Message message;
