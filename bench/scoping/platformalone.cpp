@@ -1,27 +1,19 @@
-// The scoping benchmark's baseline and probes: the platform calls that a
+// The scoping benchmark's baseline and probe: the platform calls that a
 // location scoping request needs, made by a plain loop in the benchmark's own
-// process on the map the library has open; the symbols along one line of
-// descent from the root submap; and the emulator's platform call counters.
-#include <sched.h>
-
+// process on the map the library has open, and the symbols along one line of
+// descent from the root submap.
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <string>
 #include <unordered_map>
-#include <utility>
 #include <vector>
-
-#include <nlohmann/json.hpp>
 
 #include "bridge/javacall.h"
 #include "bridge/text.h"
 #include "com_quenda_skiff_trellis_bench_ScopingBench.h"
-#include "emulator/qxwemu.h"
 #include "platform/qxw.h"
 #include "platform/qxwdb.h"
-
-using skiff::jni::LocalRef;
 
 namespace {
 
@@ -178,12 +170,13 @@ Java_com_quenda_skiff_trellis_bench_ScopingBench_scopeAlone(JNIEnv* pEnv, jclass
 // One line of descent from the root submap: at each depth from 1 to
 // `depth`, the first icon symbol of the application plane of the IP map on
 // the submap reached so far, preferring one that opens a submap, whose
-// submap is then the next one. Each entry is "symbol submap object type
-// label", tab-separated; the array ends early where a submap has no such
+// submap is then the next one. One line per depth, "symbol submap object
+// type label", tab-separated; the lines end early where a submap has no such
 // symbol.
-JNIEXPORT jobjectArray JNICALL
-Java_com_quenda_skiff_trellis_bench_ScopingBench_descend(JNIEnv* pEnv, jclass, jint depth) {
-  std::vector<std::string> line;
+JNIEXPORT jstring JNICALL Java_com_quenda_skiff_trellis_bench_ScopingBench_descend(JNIEnv* pEnv,
+                                                                                   jclass,
+                                                                                   jint depth) {
+  std::string lines;
   QXwSubmapId submap = s_map != nullptr ? s_map->root_submap_id : 0;
   // The root submap's own symbol that opens a submap: depth 0.
   for (jint d = 0; d <= depth && submap != 0; ++d) {
@@ -200,66 +193,13 @@ Java_com_quenda_skiff_trellis_bench_ScopingBench_descend(JNIEnv* pEnv, jclass, j
     }
     submap = chosen != nullptr ? chosen->object.child_submap_id : 0;
     if (chosen != nullptr && d > 0) {
-      line.push_back(std::to_string(chosen->symbol_id) + "\t" + std::to_string(chosen->submap_id) +
-                     "\t" + std::to_string(chosen->object.object_id) + "\t" +
-                     (chosen->symbol_type != nullptr ? chosen->symbol_type : "") + "\t" +
-                     (chosen->symbol_label != nullptr ? chosen->symbol_label : ""));
+      if (!lines.empty()) lines += '\n';
+      lines += std::to_string(chosen->symbol_id) + "\t" + std::to_string(chosen->submap_id) + "\t" +
+               std::to_string(chosen->object.object_id) + "\t" +
+               (chosen->symbol_type != nullptr ? chosen->symbol_type : "") + "\t" +
+               (chosen->symbol_label != nullptr ? chosen->symbol_label : "");
     }
     QXwFreeSymbolList(symbols);
   }
-  LocalRef<jclass> stringClass(pEnv, pEnv->FindClass("java/lang/String"));
-  jobjectArray out =
-      pEnv->NewObjectArray(static_cast<jsize>(line.size()), stringClass.get(), nullptr);
-  if (out == nullptr) return nullptr;
-  for (size_t i = 0; i < line.size(); ++i) {
-    LocalRef<jstring> item = skiff::jni::NewUtf8String(pEnv, line[i].c_str());
-    pEnv->SetObjectArrayElement(out, static_cast<jsize>(i), item.get());
-  }
-  return out;
-}
-
-// Keeps the calling thread on the CPU it runs on, and so every thread it
-// starts from now on (they inherit the mask). Returns the CPU, or -1 when
-// the thread stays free to move.
-JNIEXPORT jint JNICALL Java_com_quenda_skiff_trellis_bench_ScopingBench_stayOnThisCpu(JNIEnv*,
-                                                                                      jclass) {
-  const int cpu = sched_getcpu();
-  if (cpu < 0) return -1;
-  cpu_set_t set;
-  CPU_ZERO(&set);
-  CPU_SET(cpu, &set);
-  return sched_setaffinity(0, sizeof(set), &set) == 0 ? cpu : -1;
-}
-
-JNIEXPORT void JNICALL Java_com_quenda_skiff_trellis_bench_ScopingBench_resetPlatformCalls(JNIEnv*,
-                                                                                           jclass) {
-  qxwemu::Control("reset-counters");
-}
-
-// The platform functions called since the last reset, as "name count", most
-// called first, the event loop's own QXwProcessEvent left out (waking the
-// loop for a request calls it too).
-JNIEXPORT jobjectArray JNICALL
-Java_com_quenda_skiff_trellis_bench_ScopingBench_platformCalls(JNIEnv* pEnv, jclass) {
-  const nlohmann::json reply = nlohmann::json::parse(qxwemu::Control("counters"), nullptr, false);
-  std::vector<std::pair<std::string, long>> calls;
-  if (reply.is_object() && reply.contains("counters")) {
-    for (const auto& [name, count] : reply["counters"].items()) {
-      if (name != "QXwProcessEvent" && count.is_number() && count.get<long>() > 0) {
-        calls.emplace_back(name, count.get<long>());
-      }
-    }
-  }
-  std::stable_sort(calls.begin(), calls.end(),
-                   [](const auto& a, const auto& b) { return a.second > b.second; });
-  LocalRef<jclass> stringClass(pEnv, pEnv->FindClass("java/lang/String"));
-  jobjectArray out =
-      pEnv->NewObjectArray(static_cast<jsize>(calls.size()), stringClass.get(), nullptr);
-  if (out == nullptr) return nullptr;
-  for (size_t i = 0; i < calls.size(); ++i) {
-    const std::string text = calls[i].first + " " + std::to_string(calls[i].second);
-    LocalRef<jstring> item = skiff::jni::NewUtf8String(pEnv, text.c_str());
-    pEnv->SetObjectArrayElement(out, static_cast<jsize>(i), item.get());
-  }
-  return out;
+  return skiff::jni::NewUtf8String(pEnv, lines.c_str()).release();
 }
