@@ -15,7 +15,7 @@ import org.junit.jupiter.api.Test;
  * The large-database file at its real path, read afresh by every submap request, on
  * field-values.json. The file and its directory are put back as they were.
  */
-class LargeDbConfigTest {
+class LargeDbConfigTest extends OneSessionTest {
     private static final Path FILE = Path.of("/usr/QX/conf/SkiffLargeDb.conf");
     private static final String PREFIX =
             "Java_com_quenda_skiff_trellis_server_QxwInterface_getSubmapAndSymbols\n"
@@ -23,33 +23,25 @@ class LargeDbConfigTest {
 
     private static byte[] saved;
     private static Path created;  // the outermost directory this test made, if any
-    private static TestSession session;
-    private static EmulatorControl control;
 
     @BeforeAll
-    static void startSession() throws Exception {
+    static void clearFile() throws Exception {
         saved = Files.exists(FILE) ? Files.readAllBytes(FILE) : null;
         for (Path dir = FILE.getParent(); !Files.exists(dir); dir = dir.getParent()) created = dir;
         Files.createDirectories(FILE.getParent());
         Files.deleteIfExists(FILE);
-        session = TestSession.started();
-        control = new EmulatorControl();
-        session.client.open(true, true, false);
+        client.open(true, true, false);
     }
 
     @AfterAll
-    static void endSession() throws Exception {
-        session.client.open(false, false, false);
-        session.end(control);
-        control.close();
-        if (saved != null) {
-            Files.write(FILE, saved);
-        } else {
-            Files.deleteIfExists(FILE);
-            for (Path dir = FILE.getParent(); created != null; dir = dir.getParent()) {
-                Files.delete(dir);
-                if (dir.equals(created)) break;
-            }
+    static void restoreFile() throws Exception {
+        client.open(false, false, false);
+        if (saved != null) Files.write(FILE, saved);
+        else Files.deleteIfExists(FILE);
+        // Only when the file was not there: the directories made for it.
+        for (Path dir = FILE.getParent(); created != null; dir = dir.getParent()) {
+            Files.delete(dir);
+            if (dir.equals(created)) break;
         }
     }
 
@@ -58,20 +50,19 @@ class LargeDbConfigTest {
         Files.writeString(FILE, "# large map\nSKIFF_LARGE_DB=TRUE\n");
         // Only string fields: the integer, booleans and enumeration of object 10 are left out.
         assertEquals(PREFIX + "SKIFF_LARGE_DB=TRUE\nQxwEventDispatcher::GetObjectFieldValues\n",
-                TestNative.captureStderr(() -> assertTrue(session.client.getSubmapAndSymbols(2))));
+                TestNative.captureStderr(() -> assertTrue(client.getSubmapAndSymbols(2))));
         assertEquals(Map.of("Selection Name", "host-a", "SNMP sysLocation", "Campus"),
-                session.dispatcher.getObjectFieldValues(10));
+                dispatcher.getObjectFieldValues(10));
         // Read also for a submap that does not exist.
-        assertEquals(PREFIX + "SKIFF_LARGE_DB=TRUE\n", TestNative.captureStderr(
-                () -> assertFalse(session.client.getSubmapAndSymbols(999))));
-
+        assertEquals(PREFIX + "SKIFF_LARGE_DB=TRUE\n",
+                TestNative.captureStderr(() -> assertFalse(client.getSubmapAndSymbols(999))));
         Files.delete(FILE);
         assertEquals(PREFIX + "Can't open /usr/QX/conf/SkiffLargeDb.conf conf file"
                         + "SKIFF_LARGE_DB=FALSE\nQxwEventDispatcher::GetObjectFieldValues\n",
-                TestNative.captureStderr(() -> assertTrue(session.client.getSubmapAndSymbols(3))));
+                TestNative.captureStderr(() -> assertTrue(client.getSubmapAndSymbols(3))));
         assertEquals(Map.of("Selection Name", "host-b", "IP Address", "10.1.2.3\n10.1.9.9",
                 "IP Subnet Mask", "255.255.255.0\n255.255.0.0",
                 "SNMP ifPhysAddr", "08:00:2b:01:02:03\n08:00:2b:0a:0b:0c"),
-                session.dispatcher.getObjectFieldValues(11));
+                dispatcher.getObjectFieldValues(11));
     }
 }

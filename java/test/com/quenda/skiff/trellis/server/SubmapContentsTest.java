@@ -18,25 +18,12 @@ import org.junit.jupiter.api.TestMethodOrder;
  */
 @TestMethodOrder(MethodOrderer.OrderAnnotation.class)
 class SubmapContentsTest extends OneSessionTest {
-    /** The callbacks a submap request makes, field values shown by object id only. */
-    private static List<String> report(int submapId, boolean answer) {
-        int before = dispatcher.log().size();
-        assertEquals(answer, client.getSubmapAndSymbols(submapId), "answer for " + submapId);
-        List<String> log = dispatcher.log();
-        return log.subList(before, log.size()).stream()
-                .map(entry -> entry.startsWith("setQxwdbObjectFieldValues(")
-                        ? entry.substring(0, entry.indexOf(',')) + ")" : entry)
-                .toList();
-    }
-
     @Test
     @Order(1)
-    void submapZeroIsTheRootSubmap() {
-        // The session's first request was getSubmapAndSymbols(0).
-        assertEquals(List.of(
-                "setConnectionResults(true, submap contents, false)",
-                "connect returned(true)",
-                "addSubmap(0, 1, Root, 0, false, )",
+    void everySymbolIsReportedInPlatformOrderAndFieldValuesOnlyWhenMissing() throws Exception {
+        // The session's first request was getSubmapAndSymbols(0): the root submap.
+        assertEquals(List.of("setConnectionResults(true, submap contents, false)",
+                "connect returned(true)", "addSubmap(0, 1, Root, 0, false, )",
                 "addNodeSymbol(100, 1, Campus, , Location:Campus, 2, 0, 1, 2, false, 1, 10, 20,"
                         + " 0, 0)",
                 "qxwdbObjectFieldValuesInCache(1)",
@@ -46,30 +33,20 @@ class SubmapContentsTest extends OneSessionTest {
                 "qxwdbObjectFieldValuesInCache(40)",
                 "setQxwdbObjectFieldValues(40, {Selection Name=Empty Place})",
                 "first getSubmapAndSymbols answered()"), dispatcher.log());
-    }
-
-    @Test
-    @Order(2)
-    void everySymbolIsReportedInPlatformOrderAndFieldValuesOnlyWhenMissing() throws Exception {
-        control.ok("reset-counters");
         // Hidden symbols, the user plane and the meta-connection are reported like the others;
         // placements 1, 2 and 7 give coordinates, a predecessor and nothing. The router (object
         // 30) has three symbols: each asks, only the first gets its values built.
-        assertEquals(List.of(
-                "addSubmap(1, 2, Campus, 3, true, campus.gif)",
+        List<String> first = List.of("addSubmap(1, 2, Campus, 3, true, campus.gif)",
                 "addNodeSymbol(200, 2, host-a, , Computer:Workstation, 2, 3, 10, 4, false, 1, 5,"
                         + " 6, 0, 0)",
-                "qxwdbObjectFieldValuesInCache(10)",
-                "setQxwdbObjectFieldValues(10)",
+                "qxwdbObjectFieldValuesInCache(10)", "setQxwdbObjectFieldValues(10)",
                 "addNodeSymbol(201, 2, host-b, , Computer:Workstation, 2, 0, 11, 0, true, 2, 0,"
                         + " 0, 200, 0)",
-                "qxwdbObjectFieldValuesInCache(11)",
-                "setQxwdbObjectFieldValues(11)",
+                "qxwdbObjectFieldValuesInCache(11)", "setQxwdbObjectFieldValues(11)",
                 "addConnectionSymbol(202, 2, , Connection:IP, 2, 0, 20, 0, false, 200, 201)",
                 "addNodeSymbol(203, 2, router, , Connector:Router, 2, 0, 30, 0, false, 7, 0, 0,"
                         + " 0, 0)",
-                "qxwdbObjectFieldValuesInCache(30)",
-                "setQxwdbObjectFieldValues(30)",
+                "qxwdbObjectFieldValuesInCache(30)", "setQxwdbObjectFieldValues(30)",
                 "addNodeSymbol(204, 2, my router, , Connector:Router, 4, 2, 30, 0, false, 1, 90,"
                         + " 95, 0, 0)",
                 "qxwdbObjectFieldValuesInCache(30)",
@@ -77,34 +54,34 @@ class SubmapContentsTest extends OneSessionTest {
                         + " 0, 0)",
                 "qxwdbObjectFieldValuesInCache(30)",
                 "addConnectionSymbol(206, 2, a-router, Connection:Meta, 2, 1, 21, 5, true, 200,"
-                        + " 203)"), report(2, true));
-        assertEquals(3, control.calls("QXwDbGetFieldValues"));
+                        + " 203)");
+        record Case(int submapId, boolean answer, List<String> report, long builds) {}
+        for (Case c : List.of(new Case(2, true, first, 3),
+                // Reported again: every node still asks, and nothing is built.
+                new Case(2, true, first.stream().filter(e -> !e.startsWith("set")).toList(), 0),
+                new Case(3, true, List.of("addSubmap(40, 3, Empty, 0, false, )"), 0),
+                new Case(999, false, List.of(), 0))) {
+            control.ok("reset-counters");
+            int before = dispatcher.log().size();
+            assertEquals(c.answer(), client.getSubmapAndSymbols(c.submapId()));
+            List<String> log = dispatcher.log();
+            // Field values are shown by object id only.
+            assertEquals(c.report(), log.subList(before, log.size()).stream()
+                    .map(e -> e.startsWith("set") ? e.substring(0, e.indexOf(',')) + ")" : e)
+                    .toList(), "submap " + c.submapId());
+            assertEquals(c.builds(), control.calls("QXwDbGetFieldValues"));
+        }
         assertEquals(Map.of("Selection Name", "router", "isSNMPSupported", "TRUE"),
                 dispatcher.getObjectFieldValues(30));
         assertEquals(List.of(200, 201, 202, 203, 204, 205, 206), dispatcher.getSubmap(2)
                 .getSymbols().stream().map(MapSymbol::getSymbolId).toList());
-
-        // Reported again: every node still asks, and nothing is built.
-        control.ok("reset-counters");
-        List<String> again = report(2, true);
-        assertEquals(5, again.stream().filter(e -> e.startsWith("qxwdbObjectFieldValues")).count());
-        assertEquals(0, again.stream().filter(e -> e.startsWith("setQxwdb")).count());
-        assertEquals(0, control.calls("QXwDbGetFieldValues"));
     }
 
     @Test
-    @Order(3)
-    void aSubmapWithoutSymbolsIsOneAddSubmapAndAnUnknownOneNothing() throws Exception {
-        assertEquals(List.of("addSubmap(40, 3, Empty, 0, false, )"), report(3, true));
-        assertEquals(List.of(), report(999, false));
-    }
-
-    @Test
-    @Order(4)
+    @Order(2)
     void rootSubmapsAreTheChildSubmapsOfTheNamedObjects() throws Exception {
         record Case(String[] names, int numRootObjects, int[] roots, String stderr) {}
-        for (Case c : List.of(
-                new Case(new String[0], 0, new int[] {1}, ""),
+        List<Case> cases = List.of(new Case(new String[0], 0, new int[] {1}, ""),
                 new Case(new String[] {"Campus"}, -1, new int[] {1}, ""),
                 // A name without a child submap, an unknown one and a null one add nothing.
                 new Case(new String[] {"Campus", "host-b", "nowhere", null, "Empty Place"}, 5,
@@ -113,14 +90,14 @@ class SubmapContentsTest extends OneSessionTest {
                 // The names that came are used.
                 new Case(new String[] {"Empty Place"}, 3, new int[] {3},
                         "QxwEventDispatcher::GetRootSubmapsHashtable failed, numRootObjects=3,"
-                                + " arrayLength=1\n"))) {
+                                + " arrayLength=1\n"));
+        for (Case c : cases) {
             dispatcher.setRootObjectSelectionNames(c.names());
             int[][] roots = new int[1][];
-            String stderr = TestNative.captureStderr(() -> roots[0] = session.onDispatcherThread(
-                    () -> TestNative.rootSubmapIds(c.numRootObjects())));
+            assertEquals(c.stderr(), TestNative.captureStderr(() -> roots[0] = session
+                    .onDispatcherThread(() -> TestNative.rootSubmapIds(c.numRootObjects()))));
             assertArrayEquals(c.roots(), roots[0],
                     Arrays.toString(c.names()) + " " + c.numRootObjects());
-            assertEquals(c.stderr(), stderr);
         }
         client.open(false, true, false);
         try {
@@ -132,13 +109,5 @@ class SubmapContentsTest extends OneSessionTest {
         } finally {
             client.open(false, false, false);
         }
-    }
-
-    @Test
-    @Order(5)
-    void objectZeroHasEmptyFieldValuesAndNoPlatformQuery() throws Exception {
-        control.ok("reset-counters");
-        assertEquals(Map.of(), session.onDispatcherThread(() -> TestNative.objectFieldValues(0)));
-        assertEquals(0, control.calls("QXwDbGetFieldValues"));
     }
 }
