@@ -1,4 +1,4 @@
-// Test-only natives of TestNative: never part of the product library.
+// Test-only natives of TestNative: never linked into the product library.
 #include <arpa/inet.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
@@ -28,15 +28,6 @@ int s_realStderr = -1;
 int s_captureFile = -1;
 rlimit s_savedLimit{};
 
-void WriteAll(int fd, const std::string& text) {
-  size_t written = 0;
-  while (written < text.size()) {
-    ssize_t n = write(fd, text.data() + written, text.size() - written);
-    if (n <= 0) return;
-    written += static_cast<size_t>(n);
-  }
-}
-
 }  // namespace
 
 JNIEXPORT void JNICALL Java_com_quenda_skiff_trellis_server_TestNative_beginStderrCapture(JNIEnv*,
@@ -61,7 +52,8 @@ Java_com_quenda_skiff_trellis_server_TestNative_endStderrCapture(JNIEnv* pEnv, j
     captured.append(buffer, static_cast<size_t>(n));
   }
   close(s_captureFile);
-  WriteAll(2, captured);
+  std::fwrite(captured.data(), 1, captured.size(), stderr);
+  std::fflush(stderr);
   jbyteArray bytes = pEnv->NewByteArray(static_cast<jsize>(captured.size()));
   if (bytes != nullptr) {
     pEnv->SetByteArrayRegion(bytes, 0, static_cast<jsize>(captured.size()),
@@ -80,25 +72,16 @@ JNIEXPORT jint JNICALL Java_com_quenda_skiff_trellis_server_TestNative_rootSubma
   return static_cast<jint>(QxwEventDispatcher::GetRootSubmapId());
 }
 
-JNIEXPORT void JNICALL Java_com_quenda_skiff_trellis_server_TestNative_printDispatcherError(
-    JNIEnv* pEnv, jclass, jstring context, jstring errorText) {
+JNIEXPORT void JNICALL Java_com_quenda_skiff_trellis_server_TestNative_printError(
+    JNIEnv* pEnv, jclass, jboolean client, jstring context, jstring errorText) {
   skiff::jni::Utf8Chars contextChars(pEnv, context);
   skiff::jni::Utf8Chars text(pEnv, errorText);
   if (contextChars.get() == nullptr) {
-    QxwEventDispatcher::PrintError(text.get());
+    client ? QxwInterface::PrintError(text.get()) : QxwEventDispatcher::PrintError(text.get());
+  } else if (client) {
+    QxwInterface::PrintError(contextChars.get(), text.get());
   } else {
     QxwEventDispatcher::PrintError(contextChars.get(), text.get());
-  }
-}
-
-JNIEXPORT void JNICALL Java_com_quenda_skiff_trellis_server_TestNative_printClientError(
-    JNIEnv* pEnv, jclass, jstring context, jstring errorText) {
-  skiff::jni::Utf8Chars contextChars(pEnv, context);
-  skiff::jni::Utf8Chars text(pEnv, errorText);
-  if (contextChars.get() == nullptr) {
-    QxwInterface::PrintError(text.get());
-  } else {
-    QxwInterface::PrintError(contextChars.get(), text.get());
   }
 }
 

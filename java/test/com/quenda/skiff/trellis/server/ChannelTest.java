@@ -2,10 +2,13 @@ package com.quenda.skiff.trellis.server;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertFalse;
+import static org.junit.jupiter.api.Assertions.assertThrows;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import com.quenda.skiff.trellis.TrellisProtocol;
 import java.util.ArrayList;
 import java.util.List;
+import java.util.Set;
 import java.util.concurrent.Callable;
 import java.util.concurrent.CyclicBarrier;
 import java.util.concurrent.ExecutorService;
@@ -17,41 +20,151 @@ import org.junit.jupiter.api.Order;
 import org.junit.jupiter.api.Test;
 import org.junit.jupiter.api.TestMethodOrder;
 
-/** Requests from Java threads to the dispatcher thread and back, on the default map. */
+/**
+ * Requests from Java threads to the dispatcher thread and back, and the object states they set,
+ * on object-states.json: router 10 has symbols 100, 101 and 102 on three submaps, host 11 symbol
+ * 110, host 12 symbol 120, and object 13 none. Raw requests (TestNative.request) show the answers
+ * and send states other than 0 and 1. The platform resolves the local host to 127.0.1.1 here (a
+ * preloaded resolver), where nothing listens: every request served shows that the client reaches
+ * the server on 127.0.0.1 all the same.
+ */
 @TestMethodOrder(MethodOrderer.OrderAnnotation.class)
 class ChannelTest extends OneSessionTest {
-    private static String lastRowDataCall() {
-        List<String> calls = dispatcher.log("getSymbolRowData");
-        return calls.get(calls.size() - 1);
+    /** Sends a raw request with the ids stored for its callback; asserts it answers 1. */
+    private static String answeredOne(String request, int... ids) throws Exception {
+        dispatcher.setRequestIds(ids);
+        return TestNative.captureStderr(() -> assertEquals(1, TestNative.request(request)));
     }
 
     @Test
     @Order(1)
-    void rowDataTravelsWithItsArgumentsAndComesBackAsTheAnswer() {
-        record Case(int symbolId, int objectId, int propertySetIndex, boolean answer) {}
-        for (Case c : List.of(
-                new Case(100, 10, 0, true),
-                // Ids of 2^31 and more travel as negative numbers and arrive unchanged.
-                new Case(Integer.MIN_VALUE, -1, 7, true),
-                // The dispatcher gives no row: answered 0.
-                new Case(5, 6, -1, false))) {
-            assertEquals(c.answer(), client.getSymbolRowData(c.symbolId(), c.objectId(),
-                    c.propertySetIndex()), c.toString());
-            assertEquals("getSymbolRowData(" + c.symbolId() + ", " + c.objectId() + ", "
-                    + c.propertySetIndex() + ")", lastRowDataCall());
+    void acknowledgeManageAndVisibilityStatesReachTheObjectsAndSymbols() throws Exception {
+        client.setAcknowledgeState(new int[] {10, 11}, true);
+        client.setAcknowledgeState(new int[] {11}, false);
+        MapDump map = MapDump.of(control);
+        assertTrue(map.acknowledged(10));
+        assertFalse(map.acknowledged(11));
+        assertFalse(map.acknowledged(12));
+
+        // Every state but 1 unmanages; the objects' symbols show it in their status.
+        record Manage(int state, boolean managed, long symbolStatus) {}
+        for (Manage c : List.of(new Manage(0, false, 1), new Manage(1, true, 0),
+                new Manage(2, false, 1), new Manage(1, true, 0))) {
+            assertEquals("", answeredOne("10 2 " + c.state(), 10, 11), c.toString());
+            map = MapDump.of(control);
+            assertEquals(List.of(c.managed(), c.managed(), true),
+                    List.of(map.managed(10), map.managed(11), map.managed(12)), c.toString());
+            for (long symbolId : new long[] {100, 101, 102, 110}) {
+                assertEquals(c.symbolStatus(), map.status(symbolId), c + " symbol " + symbolId);
+            }
+        }
+        client.setManageState(new int[] {12}, false);
+        assertFalse(MapDump.of(control).managed(12));
+
+        // Every state but 1 shows the symbols.
+        for (int state : new int[] {1, 2, 1, 0}) {
+            assertEquals("", answeredOne("11 2 " + state, 110, 120), "state " + state);
+            map = MapDump.of(control);
+            assertEquals(List.of(state == 1, state == 1, false),
+                    List.of(map.hidden(110), map.hidden(120), map.hidden(100)), "state " + state);
         }
     }
 
     @Test
     @Order(2)
+    void anIdArrayThatDoesNotMatchItsCountIsReportedAndChangesNothing() throws Exception {
+        record Op(String code, String state, String callback, String operation, String sizes) {}
+        List<Op> ops = List.of(
+                new Op("9", " 1", "getAckObjectList", "SetAcknowledgeState", "numObjs=%d, objSize"),
+                new Op("10", " 0", "getManageObjectList", "SetManageState", "numObjs=%d, objSize"),
+                new Op("11", " 1", "getVisibilityStateSymbolIds", "SetSymbolVisibilityState",
+                        "numSymbols=%d, arraySize"),
+                new Op("12", " 1", "getInterfaceAndNodeVisibilityStateObjectIds",
+                        "SetInterfaceAndNodeVisibilityState", "numInterfaceObjects=%d, arraySize"),
+                new Op("13", "", "getDeleteSymbolsObjectIds", "DeleteAllSymbolsForObjects",
+                        "numObjects=%d, arraySize"));
+        enum Answer { TWO_IDS, NO_ARRAY, THROWS }
+        String before = control.ok("dump");
+        for (Op op : ops) {
+            for (int count : new int[] {3, -1, -2, Integer.MIN_VALUE}) {
+                for (Answer answer : Answer.values()) {
+                    String what = op.code() + " count " + count + " " + answer;
+                    dispatcher.returnNoIds = answer == Answer.NO_ARRAY;
+                    if (answer == Answer.THROWS) {
+                        dispatcher.hooks.put(op.callback(), () -> {
+                            throw new IllegalStateException("no ids today");
+                        });
+                    }
+                    String stderr;
+                    try {
+                        stderr = answeredOne(op.code() + " " + count + op.state(), 10, 11);
+                    } finally {
+                        dispatcher.returnNoIds = false;
+                        dispatcher.hooks.clear();
+                    }
+                    String failure = String.format("QxwEventDispatcher::" + op.operation()
+                            + " failed, " + op.sizes() + "=%d\n", count,
+                            answer == Answer.TWO_IDS ? 2 : -1);
+                    if (answer == Answer.THROWS) {
+                        assertTrue(stderr.startsWith("Java method " + op.callback()
+                                + " threw an exception\n"), what + ": " + stderr);
+                        assertTrue(stderr.contains("java.lang.IllegalStateException: no ids"
+                                + " today"), what + ": " + stderr);
+                        assertTrue(stderr.endsWith(failure), what + ": " + stderr);
+                    } else {
+                        assertEquals(failure, stderr, what);
+                    }
+                }
+            }
+        }
+        assertEquals(before, control.ok("dump"));
+        assertTrue(client.getSubmapAndSymbols(0), "the session still serves");
+    }
+
+    @Test
+    @Order(3)
+    void anEmptyRequestStillCallsThePlatformAndAFailureIsReportedWithItsText() throws Exception {
+        record Case(Runnable empty, long emptyCalls, String request, int[] ids, String function) {}
+        int[] none = new int[0];
+        int[] router = {10};
+        for (Case c : List.of(
+                new Case(() -> client.setAcknowledgeState(none, true), 1, "9 1 1", router,
+                        "QXwSetObjectAckState"),
+                new Case(() -> client.setManageState(none, true), 1, "10 1 1", router,
+                        "_QXwManageObjects"),
+                new Case(() -> client.setManageState(none, false), 1, "10 1 0", router,
+                        "_QXwUnmanageObjects"),
+                new Case(() -> client.setSymbolVisibilityState(none, true), 1, "11 1 1",
+                        new int[] {110}, "QXwSetSymbolsVisibility"),
+                new Case(() -> client.setInterfaceAndNodeVisibilityState(none, true), 1, "12 0 1",
+                        none, "QXwSetSymbolsVisibility"),
+                // Deletion makes no call for no objects, and its failure is not reported.
+                new Case(() -> client.deleteAllSymbolsForObjects(none), 0, "13 1", router,
+                        "QXwDeleteSymbols"))) {
+            String before = control.ok("dump");
+            control.ok("reset-counters");
+            assertEquals("", TestNative.captureStderr(c.empty()::run), c.function());
+            assertEquals(c.emptyCalls(), control.calls(c.function()), c.function());
+            control.ok("fail " + c.function() + " 12 1");
+            assertEquals(c.function().equals("QXwDeleteSymbols") ? ""
+                    : c.function() + " failed: the map is open read-only\n",
+                    answeredOne(c.request(), c.ids()), c.request());
+            assertEquals(before, control.ok("dump"), c.request());
+        }
+    }
+
+    @Test
+    @Order(4)
     void aThrowingCallbackIsReportedAndTheSessionGoesOn() throws Exception {
-        dispatcher.failRowData = true;
+        dispatcher.hooks.put("getSymbolRowData", () -> {
+            throw new IllegalStateException("row data failed");
+        });
         String stderr;
         try {
             stderr = TestNative.captureStderr(
                     () -> assertFalse(client.getSymbolRowData(1, 2, 3)));
         } finally {
-            dispatcher.failRowData = false;
+            dispatcher.hooks.clear();
         }
         assertTrue(stderr.startsWith("Java method getSymbolRowData threw an exception\n"), stderr);
         assertTrue(stderr.contains("java.lang.IllegalStateException: row data failed"), stderr);
@@ -60,68 +173,90 @@ class ChannelTest extends OneSessionTest {
     }
 
     @Test
-    @Order(3)
-    void anOversizedRequestIsRefusedAndNothingIsSent() throws Exception {
+    @Order(5)
+    void aRefusedRequestSendsNothingAndTheChannelGoesOn() throws Exception {
         String name = "n".repeat(600);
-        record Case(Runnable request, String message) {}
-        List<Case> cases = List.of(
+        String tooLong = " bytes is longer than 500 bytes, not sent\n";
+        String tab = ": a text argument holds a vertical tab, request not sent\n";
+        record Case(TestNative.Action request, String message) {}
+        for (Case c : List.of(
                 new Case(() -> client.getNodeSymbol(0, name, null),
-                        "QxwInterface::GetNodeSymbol: request of 608 bytes is longer than 500"
-                                + " bytes, not sent\n"),
+                        "QxwInterface::GetNodeSymbol: request of 608" + tooLong),
                 new Case(() -> client.getNodeParentPath(name, "", new String[0]),
-                        "QxwInterface::GetNodeParentPath: request of 606 bytes is longer than 500"
-                                + " bytes, not sent\n"),
+                        "QxwInterface::GetNodeParentPath: request of 606" + tooLong),
                 new Case(() -> client.getMatchingSymbols(0, 1, name),
-                        "QxwInterface::GetMatchingSymbols: request of 609 bytes is longer than"
-                                + " 500 bytes, not sent\n"));
-        for (Case c : cases) {
-            assertEquals(c.message(), TestNative.captureStderr(c.request()::run));
-            // Nothing half-sent is left on the connection: the next answer is the right one.
-            assertFalse(client.getSymbolRowData(8, 9, -1));
-            assertTrue(client.getSymbolRowData(8, 9, 1));
+                        "QxwInterface::GetMatchingSymbols: request of 609" + tooLong),
+                new Case(() -> client.getNodeSymbol(0, "a\u000Bb", null),
+                        "QxwInterface::GetNodeSymbol" + tab),
+                new Case(() -> client.getNodeParentPath("host", "Site\u000BA", new String[0]),
+                        "QxwInterface::GetNodeParentPath" + tab),
+                new Case(() -> client.getMatchingSymbols(0, 0, "10.1\u000B"),
+                        "QxwInterface::GetMatchingSymbols" + tab),
+                new Case(() -> client.getMatchingSymbols(0, 0, "router\u0000x"),
+                        "QxwInterface::GetMatchingSymbols: the query text holds a NUL, request"
+                                + " not sent\n"),
+                // Sent as it is, past the client's checks: the server drops it whole.
+                new Case(() -> assertEquals(0, TestNative.request("A".repeat(500) + "2 77 77 77")),
+                        "QxwEventDispatcher::ServiceJavaRequestCB: request longer than 500 bytes"
+                                + " dropped (sock:N)\n"),
+                // From inside a callback a request would wait for itself.
+                new Case(() -> assertFalse(session.onDispatcherThread(
+                        () -> client.getSymbolRowData(1, 2, 3))),
+                        "QxwInterface::GetSymbolRowData: called on the dispatcher thread (from a"
+                                + " callback), request not sent\n"),
+                new Case(() -> assertEquals("QxwInterface.setAcknowledgeState: called on the"
+                        + " dispatcher thread (from a callback), where no request can be served",
+                        assertThrows(IllegalStateException.class, () -> session.onDispatcherThread(
+                                () -> {
+                                    client.setAcknowledgeState(new int[] {1}, true);
+                                    return null;
+                                })).getMessage()), ""))) {
+            int before = dispatcher.log().size();
+            assertEquals(c.message(), TestNative.captureStderr(c.request())
+                    .replaceAll("sock:\\d+", "sock:N"));
+            List<String> log = dispatcher.log();
+            assertEquals(List.of(), log.subList(before, log.size()).stream()
+                    .filter(e -> !e.equals("getSymbolRowData(0, 0, 0)")).toList(),
+                    "nothing of it was served: " + c.message());
+            // Nothing is left half-sent on the connection: the next answers are the right ones.
+            assertFalse(client.getSymbolRowData(8, 9, -1), c.message());
+            assertTrue(client.getSymbolRowData(8, 9, 1), c.message());
         }
     }
 
     @Test
-    @Order(4)
-    void sixteenThreadsAtOnceEachGetTheirOwnAnswers() throws Exception {
+    @Order(6)
+    void sixteenThreadsAtOnceEachGetTheirOwnAnswersToTheirOwnArguments() throws Exception {
         final int threads = 16;
         final int requests = 200;
         int before = dispatcher.log("getSymbolRowData").size();
         CyclicBarrier start = new CyclicBarrier(threads);
+        List<Callable<Void>> work = new ArrayList<>();
+        List<String> expected = new ArrayList<>();
+        for (int t = 0; t < threads; t++) {
+            // Ids of 2^31 and more travel as negative numbers and arrive unchanged.
+            final int symbolId = Integer.MIN_VALUE + t;
+            for (int i = 0; i < requests; i++) {
+                expected.add("getSymbolRowData(" + symbolId + ", " + i + ", "
+                        + (i % 2 == 0 ? i : -1) + ")");
+            }
+            work.add(() -> {
+                start.await();
+                // Odd requests get no row: their answer is 0.
+                for (int i = 0; i < requests; i++) {
+                    assertEquals(i % 2 == 0, client.getSymbolRowData(symbolId, i,
+                            i % 2 == 0 ? i : -1), symbolId + "/" + i);
+                }
+                return null;
+            });
+        }
         ExecutorService pool = Executors.newFixedThreadPool(threads);
         try {
-            List<Future<List<String>>> results = new ArrayList<>();
-            for (int t = 0; t < threads; t++) {
-                final int thread = t;
-                Callable<List<String>> work = () -> {
-                    start.await();
-                    List<String> wrong = new ArrayList<>();
-                    for (int i = 0; i < requests; i++) {
-                        // Odd requests get no row: their answer is 0.
-                        int index = i % 2 == 0 ? i : -1;
-                        if (client.getSymbolRowData(thread, i, index) != (index >= 0)) {
-                            wrong.add(thread + "/" + i);
-                        }
-                    }
-                    return wrong;
-                };
-                results.add(pool.submit(work));
-            }
-            for (Future<List<String>> result : results) {
-                assertEquals(List.of(), result.get(60, TimeUnit.SECONDS));
-            }
+            for (Future<Void> done : pool.invokeAll(work, 60, TimeUnit.SECONDS)) done.get();
         } finally {
             pool.shutdownNow();
         }
         List<String> served = dispatcher.log("getSymbolRowData");
-        List<String> expected = new ArrayList<>();
-        for (int t = 0; t < threads; t++) {
-            for (int i = 0; i < requests; i++) {
-                expected.add("getSymbolRowData(" + t + ", " + i + ", " + (i % 2 == 0 ? i : -1)
-                        + ")");
-            }
-        }
         List<String> received = new ArrayList<>(served.subList(before, served.size()));
         received.sort(null);
         expected.sort(null);
@@ -129,41 +264,41 @@ class ChannelTest extends OneSessionTest {
     }
 
     @Test
-    @Order(5)
+    @Order(7)
     void verboseModesWriteTheirLines() throws Exception {
         client.open(true, true, false);
         try {
-            assertEquals("Java_com_quenda_skiff_trellis_server_QxwInterface_getSymbolRowData\n"
-                    + "QxwEventDispatcher::GetSymbolRowData\n",
+            String jni = "Java_com_quenda_skiff_trellis_server_QxwInterface_";
+            assertEquals(jni + "getSymbolRowData\nQxwEventDispatcher::GetSymbolRowData\n",
                     TestNative.captureStderr(() -> client.getSymbolRowData(1, 1, 1)));
             record Case(TestNative.Action request, String lines) {}
             // Ids that no object has: whatever serves these requests changes nothing.
             int[] ids = {900001, 900002};
             for (Case c : List.of(
-                    new Case(() -> client.setManageState(ids, true),
-                            "Java_com_quenda_skiff_trellis_server_QxwInterface_setManageState\n"
-                                    + "In QxwInterface::SetManageState: numObjs=2\n"),
+                    new Case(() -> client.setManageState(ids, true), jni + "setManageState\n"
+                            + "In QxwInterface::SetManageState: numObjs=2\n"),
                     new Case(() -> client.setSymbolVisibilityState(new int[] {900003}, true),
-                            "Java_com_quenda_skiff_trellis_server_QxwInterface"
-                                    + "_setSymbolVisibilityStateInternal\n"
-                                    + "In QxwInterface::SetSymbolVisibilityState: numSymbols=1"
+                            jni + "setSymbolVisibilityStateInternal\nIn"
+                                    + " QxwInterface::SetSymbolVisibilityState: numSymbols=1"
                                     + " doSetHidden=1\n"),
                     new Case(() -> client.setInterfaceAndNodeVisibilityState(ids, false),
-                            "Java_com_quenda_skiff_trellis_server_QxwInterface"
-                                    + "_setInterfaceAndNodeVisibilityStateInternal\n"
-                                    + "In QxwInterface::SetInterfaceAndNodeVisibilityState:"
+                            jni + "setInterfaceAndNodeVisibilityStateInternal\nIn"
+                                    + " QxwInterface::SetInterfaceAndNodeVisibilityState:"
                                     + " numInterfaceObjects=2 doSetHidden=0\n"),
                     // This one's name line has no line end.
-                    new Case(() -> client.deleteAllSymbolsForObjects(ids),
-                            "Java_com_quenda_skiff_trellis_server_QxwInterface"
-                                    + "_deleteAllSymbolsForObjectsInternal"
-                                    + "In QxwInterface::DeleteAllSymbolsForObjects: numObjects=2\n"),
-                    new Case(() -> client.setAcknowledgeState(ids, true),
-                            "Java_com_quenda_skiff_trellis_server_QxwInterface"
-                                    + "_setAcknowledgeState\n"))) {
+                    new Case(() -> client.deleteAllSymbolsForObjects(ids), jni
+                            + "deleteAllSymbolsForObjectsInternalIn QxwInterface::"
+                            + "DeleteAllSymbolsForObjects: numObjects=2\n"))) {
                 String stderr = TestNative.captureStderr(c.request());
                 assertTrue(stderr.startsWith(c.lines()), stderr);
             }
+            // The dispatcher writes the copy, then the Java element, of each id.
+            String ack = "QxwEventDispatcher::SetAcknowledgeState";
+            assertEquals(jni + "setAcknowledgeState\nIn " + ack + ": numObjs=2\n"
+                    + ack + ", objectList 0 is 11\n" + ack + ", objectsArray 0 is 11\n"
+                    + ack + ", objectList 1 is 12\n" + ack + ", objectsArray 1 is 12\n",
+                    TestNative.captureStderr(
+                            () -> client.setAcknowledgeState(new int[] {11, 12}, true)));
         } finally {
             client.open(false, false, false);
         }
@@ -171,77 +306,52 @@ class ChannelTest extends OneSessionTest {
     }
 
     @Test
-    @Order(6)
-    void errorTextsReachJavaWholeOrCutTo1023Bytes() {
-        String context = "context: ";
-        String longText = "e".repeat(2000);
-        TestNative.printDispatcherError(null, "plain text");
-        TestNative.printDispatcherError(context, longText);
-        TestNative.printClientError(null, longText);
-        TestNative.printClientError(context, "short");
-        List<String> dispatcherErrors = RecordingDispatcher.printedErrors;
-        List<String> clientErrors = RecordingInterface.printedErrors;
-        assertEquals(List.of("plain text", (context + longText).substring(0, 1023)),
-                dispatcherErrors);
-        assertEquals(List.of(longText, "context: short"), clientErrors);
-    }
-
-    @Test
     @Order(8)
-    void aMessageLongerThanFiveHundredBytesIsDroppedWholeAndAnsweredZero() throws Exception {
-        int before = dispatcher.log().size();
-        int[] answer = new int[1];
-        String stderr = TestNative.captureStderr(
-                () -> answer[0] = TestNative.request("A".repeat(500) + "2 77 77 77"));
-        assertEquals(0, answer[0]);
-        assertTrue(stderr.matches("QxwEventDispatcher::ServiceJavaRequestCB: request longer"
-                + " than 500 bytes dropped \\(sock:\\d+\\)\n"), stderr);
-        assertEquals(List.of(), dispatcher.log().subList(before, dispatcher.log().size()),
-                "nothing of it was served");
-        assertTrue(client.getSymbolRowData(8, 9, 1), "the next request is served");
+    void errorTextsReachJavaWholeOrCutTo1023Bytes() {
+        String longText = "e".repeat(2000);
+        TestNative.printError(false, null, "plain text");
+        TestNative.printError(false, "context: ", longText);
+        TestNative.printError(true, null, longText);
+        TestNative.printError(true, "context: ", "short");
+        assertEquals(List.of("plain text", ("context: " + longText).substring(0, 1023)),
+                RecordingDispatcher.printedErrors);
+        assertEquals(List.of(longText, "context: short"), RecordingInterface.printedErrors);
     }
 
     @Test
     @Order(9)
-    void aRequestFromInsideACallbackIsRefusedNotDeadlocked() throws Exception {
-        String stderr = TestNative.captureStderr(() -> assertFalse(
-                session.onDispatcherThread(() -> client.getSymbolRowData(1, 2, 3))));
-        assertEquals("QxwInterface::GetSymbolRowData: called on the dispatcher thread (from a"
-                + " callback), request not sent\n", stderr);
-        IllegalStateException refused = org.junit.jupiter.api.Assertions.assertThrows(
-                IllegalStateException.class, () -> session.onDispatcherThread(() -> {
-                    client.setAcknowledgeState(new int[] {1}, true);
-                    return null;
-                }));
-        assertEquals("QxwInterface.setAcknowledgeState: called on the dispatcher thread (from a"
-                + " callback), where no request can be served", refused.getMessage());
-        assertTrue(client.getSymbolRowData(8, 9, 1), "the channel still serves");
+    void aServiceNameGivesItsPortInHostOrder() throws Exception {
+        record Case(String name, int port, String stderr) {}
+        for (Case c : List.of(new Case("ssh", 22, ""),
+                // A null name is not looked up.
+                new Case(null, 0, ""),
+                new Case("no-such-service", 0,
+                        "getServiceByName: getservbyname() failed (error:N)\n"))) {
+            int[] port = new int[1];
+            String stderr = TestNative.captureStderr(
+                    () -> port[0] = TrellisProtocol.getServiceByName(c.name()));
+            assertEquals(c.port(), port[0], c.name());
+            assertEquals(c.stderr(), stderr.replaceAll("error:\\d+", "error:N"), c.name());
+        }
     }
 
     @Test
     @Order(10)
-    void aTextThatWouldBreakTheRequestIsRefused() throws Exception {
-        record Case(Runnable request, String message) {}
-        List<Case> cases = List.of(
-                new Case(() -> client.getNodeSymbol(0, "a\u000Bb", null),
-                        "QxwInterface::GetNodeSymbol: a text argument holds a vertical tab,"
-                                + " request not sent\n"),
-                new Case(() -> client.getNodeParentPath("host", "Site\u000BA", new String[0]),
-                        "QxwInterface::GetNodeParentPath: a text argument holds a vertical tab,"
-                                + " request not sent\n"),
-                new Case(() -> client.getMatchingSymbols(0, 0, "10.1\u000B"),
-                        "QxwInterface::GetMatchingSymbols: a text argument holds a vertical tab,"
-                                + " request not sent\n"),
-                new Case(() -> client.getMatchingSymbols(0, 0, "router\u0000x"),
-                        "QxwInterface::GetMatchingSymbols: the query text holds a NUL, request"
-                                + " not sent\n"));
-        for (Case c : cases) {
-            control.ok("reset-counters");
-            assertEquals(c.message(), TestNative.captureStderr(c.request()::run));
-            assertTrue(client.getSymbolRowData(8, 9, 1));
-        }
-    }
+    void deletionRemovesEverySymbolOfEachObjectItKnows() throws Exception {
+        control.ok("reset-counters");
+        client.deleteAllSymbolsForObjects(new int[] {10});
+        assertEquals(1, control.calls("QXwDeleteSymbols"));
+        assertEquals(Set.of(200L, 201L, 110L, 120L), MapDump.of(control).symbols.keySet());
 
+        // The unknown object (no list) is passed over; the one whose list is
+        // empty still gets its deletion call.
+        control.ok("reset-counters");
+        assertEquals("", TestNative.captureStderr(
+                () -> client.deleteAllSymbolsForObjects(new int[] {999, 13, 11})));
+        assertEquals(3, control.calls("QXwGetSymbolsByObject"));
+        assertEquals(2, control.calls("QXwDeleteSymbols"));
+        assertEquals(Set.of(200L, 201L, 120L), MapDump.of(control).symbols.keySet());
+    }
     @Test
     @Order(20)
     void closeEndsTheConnectionOnBothSides() throws Exception {

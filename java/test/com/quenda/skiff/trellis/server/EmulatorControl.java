@@ -9,7 +9,6 @@ import java.net.UnixDomainSocketAddress;
 import java.nio.channels.Channels;
 import java.nio.channels.SocketChannel;
 import java.nio.charset.StandardCharsets;
-import java.util.List;
 import java.util.regex.Matcher;
 import java.util.regex.Pattern;
 
@@ -40,21 +39,6 @@ final class EmulatorControl implements AutoCloseable {
         String reply = command(line);
         assertTrue(reply != null && reply.contains("\"ok\":true"), line + " -> " + reply);
         return reply;
-    }
-
-    /**
-     * Sends the commands at once, then reads their replies; each must succeed. The emulator
-     * applies them in order.
-     */
-    void okAll(List<String> lines) throws IOException {
-        StringBuilder batch = new StringBuilder();
-        for (String line : lines) batch.append(line).append('\n');
-        commands.write(batch.toString().getBytes(StandardCharsets.UTF_8));
-        commands.flush();
-        for (String line : lines) {
-            String reply = replies.readLine();
-            assertTrue(reply != null && reply.contains("\"ok\":true"), line + " -> " + reply);
-        }
     }
 
     /** Calls of a platform function since the counters were last reset. */

@@ -4,25 +4,19 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertFalse;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
-import java.nio.file.Files;
-import java.nio.file.Path;
-import java.nio.file.StandardCopyOption;
 import java.util.List;
 import java.util.concurrent.TimeUnit;
 import org.junit.jupiter.api.Test;
 
 /**
- * QXW_MAP names a file that does not exist at first, so the platform start fails (error 1):
- * connect reports that and returns false, and each later connect tries again, until one
- * succeeds once the file exists.
+ * The platform start fails twice (error 1) before it opens read-only.json: connect reports that
+ * and returns false, and each later connect tries again, until one succeeds.
  */
 class InitFailureTest {
     @Test
     void aFailedStartIsReportedAndALaterConnectTriesAgain() throws Exception {
-        Path map = Path.of(System.getenv("QXW_MAP"));
-        Files.deleteIfExists(map);
-        TestSession session = new TestSession();
-
+        assertTrue(TestNative.emulator("fail QXwInit 1 2").contains("\"ok\":true"));
+        TestSession session = new TestSession(null);
         // Without an opened client object the results cannot be reported.
         assertEquals("QxwInterface::SetConnectionResults: no Java client object is open\n",
                 TestNative.captureStderr(() -> assertFalse(
@@ -35,10 +29,7 @@ class InitFailureTest {
                 session.client.awaitConnectionResults(0, TimeUnit.SECONDS));
         assertEquals(List.of("setConnectionResults(false, , true)"), session.dispatcher.log());
 
-        Files.copy(Path.of(System.getenv("SKIFF_TEST_MAPS"), "read-only.json"), map,
-                StandardCopyOption.REPLACE_EXISTING);
-        assertEquals(new QxwInterface.ConnectionResults(true, "archive", true),
-                session.start(false, false, false));
+        assertEquals(new QxwInterface.ConnectionResults(true, "archive", true), session.start());
         assertTrue(session.connectClient());
         assertEquals(7, TestNative.rootSubmapId());
         try (EmulatorControl control = new EmulatorControl()) {

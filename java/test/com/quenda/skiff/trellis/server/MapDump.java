@@ -17,25 +17,18 @@ final class MapDump {
 
     @SuppressWarnings("unchecked")
     private MapDump(String reply) {
-        Map<String, Object> map = (Map<String, Object>) ((Map<String, Object>) new Reader(reply)
-                .value()).get("map");
-        for (Object o : (List<Object>) map.get("objects")) {
-            objects.put(id(o), (Map<String, Object>) o);
-        }
-        for (Object s : (List<Object>) map.get("submaps")) {
-            submaps.put(id(s), (Map<String, Object>) s);
-        }
-        for (Object s : (List<Object>) map.get("symbols")) {
-            symbols.put(id(s), (Map<String, Object>) s);
+        Map<?, ?> map = (Map<?, ?>) ((Map<?, ?>) new Reader(reply).value()).get("map");
+        for (var kind : List.of(Map.entry("objects", objects), Map.entry("submaps", submaps),
+                Map.entry("symbols", symbols))) {
+            for (Object entity : (List<?>) map.get(kind.getKey())) {
+                kind.getValue().put((Long) ((Map<?, ?>) entity).get("id"),
+                        (Map<String, Object>) entity);
+            }
         }
     }
 
     static MapDump of(EmulatorControl control) throws IOException {
         return new MapDump(control.ok("dump"));
-    }
-
-    private static long id(Object entity) {
-        return (Long) ((Map<?, ?>) entity).get("id");
     }
 
     boolean hidden(long symbolId) { return (Boolean) symbols.get(symbolId).get("hidden"); }
@@ -50,7 +43,7 @@ final class MapDump {
         return ((Map<?, ?>) objects.get(objectId).get("fields")).get(name);
     }
 
-    /** Just enough JSON for the emulator's replies: objects, arrays, strings, integers, literals. */
+    /** Just enough of the emulator's compact JSON: objects, arrays, strings, integers, literals. */
     private static final class Reader {
         private final String text;
         private int at;
@@ -58,26 +51,26 @@ final class MapDump {
         Reader(String text) { this.text = text; }
 
         Object value() {
-            char c = text.charAt(skipBlanks());
+            char c = text.charAt(at);
             if (c == '{' || c == '[') {
                 Map<String, Object> members = new LinkedHashMap<>();
                 List<Object> elements = new ArrayList<>();
-                char end = c == '{' ? '}' : ']';
-                for (at++; !next(end); next(',')) {
+                do {
+                    if (text.charAt(++at) == (c == '{' ? '}' : ']')) break;
                     if (c == '[') {
                         elements.add(value());
-                        continue;
+                    } else {
+                        String name = (String) value();
+                        at++;
+                        members.put(name, value());
                     }
-                    skipBlanks();
-                    String name = string();
-                    next(':');
-                    members.put(name, value());
-                }
+                } while (text.charAt(at) == ',');
+                at++;
                 return c == '{' ? members : elements;
             }
             if (c == '"') return string();
             int start = at;
-            while (at < text.length() && ",]} ".indexOf(text.charAt(at)) < 0) at++;
+            while (at < text.length() && ",]}".indexOf(text.charAt(at)) < 0) at++;
             String word = text.substring(start, at);
             return word.equals("null") ? null
                     : word.equals("true") || word.equals("false") ? Boolean.valueOf(word)
@@ -99,18 +92,6 @@ final class MapDump {
             }
             at++;
             return s.toString();
-        }
-
-        /** Takes the character when it comes next (after blanks). */
-        private boolean next(char c) {
-            boolean found = text.charAt(skipBlanks()) == c;
-            if (found) at++;
-            return found;
-        }
-
-        private int skipBlanks() {
-            while (Character.isWhitespace(text.charAt(at))) at++;
-            return at;
         }
     }
 }

@@ -9,10 +9,9 @@ import org.junit.jupiter.api.Test;
 class NoMapInformationTest {
     @Test
     void theSessionIsUsableWithAnEmptyReadOnlyMapAndRootSubmapZero() throws Exception {
-        TestSession session = new TestSession();
+        TestSession session = new TestSession(null);
         String stderr = TestNative.captureStderr(() -> {
-            assertEquals(new QxwInterface.ConnectionResults(true, "", true),
-                    session.start(false, false, false));
+            assertEquals(new QxwInterface.ConnectionResults(true, "", true), session.start());
             assertTrue(session.connectClient());
         });
         assertEquals("", stderr, "no field ids are looked up without a map");

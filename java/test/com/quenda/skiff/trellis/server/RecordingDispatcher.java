@@ -13,20 +13,15 @@ import java.util.stream.Stream;
  * A dispatcher that records every callback, in order, as "name(arg, arg, ...)", into a log that
  * the tests (and RecordingInterface) can also write to, and then keeps its mirror as the
  * reference dispatcher does. Its row data is "row SYMBOL OBJECT INDEX", or null for a negative
- * property set index; it throws instead while {@link #failRowData} is set.
+ * property set index.
  */
 class RecordingDispatcher extends QxwEventDispatcher {
     /** Texts given to printError, in order (the static printError of this class). */
     static final List<String> printedErrors = new ArrayList<>();
 
     private final List<String> log = new ArrayList<>();
-    volatile boolean failRowData;
-    /** While set, getSymbolRowData runs it instead (see TestSession.onDispatcherThread). */
-    volatile Runnable rowDataTask;
     /** While set, the id callbacks of the map state requests return null. */
     volatile boolean returnNoIds;
-    /** The id callbacks throw instead of answering. */
-    volatile boolean throwForIds;
     /**
      * Run right after a callback of that name is recorded, on the thread that made the call; a
      * hook that throws makes the callback throw.
@@ -55,13 +50,10 @@ class RecordingDispatcher extends QxwEventDispatcher {
     }
 
     private static String show(Object value) {
-        if (value instanceof int[] ids) return Arrays.toString(ids);
-        if (value instanceof String[] names) return Arrays.toString(names);
-        return String.valueOf(value);
+        return value instanceof int[] ids ? Arrays.toString(ids) : String.valueOf(value);
     }
 
-    @Override
-    protected Submap addSubmap(int parentObjectId, int submapId, String submapName,
+    @Override protected Submap addSubmap(int parentObjectId, int submapId, String submapName,
             int layoutStyle, boolean doUseAutoLayout, String backgroundGraphicsFile) {
         record("addSubmap", parentObjectId, submapId, submapName, layoutStyle, doUseAutoLayout,
                 backgroundGraphicsFile);
@@ -69,8 +61,7 @@ class RecordingDispatcher extends QxwEventDispatcher {
                 doUseAutoLayout, backgroundGraphicsFile);
     }
 
-    @Override
-    protected MapNodeSymbol addNodeSymbol(int symbolId, int submapId, String label,
+    @Override protected MapNodeSymbol addNodeSymbol(int symbolId, int submapId, String label,
             String annotation, String symbolType, int plane, int status, int objectId,
             int childSubmapId, boolean hidden, int placement, int x, int y, int predSymbolId,
             int customSubmapId) {
@@ -81,9 +72,8 @@ class RecordingDispatcher extends QxwEventDispatcher {
                 customSubmapId);
     }
 
-    @Override
-    protected MapConnectionSymbol addConnectionSymbol(int symbolId, int submapId, String label,
-            String symbolType, int plane, int status, int objectId, int childSubmapId,
+    @Override protected MapConnectionSymbol addConnectionSymbol(int symbolId, int submapId,
+            String label, String symbolType, int plane, int status, int objectId, int childSubmapId,
             boolean hidden, int endpoint1Id, int endpoint2Id) {
         record("addConnectionSymbol", symbolId, submapId, label, symbolType, plane, status,
                 objectId, childSubmapId, hidden, endpoint1Id, endpoint2Id);
@@ -91,157 +81,97 @@ class RecordingDispatcher extends QxwEventDispatcher {
                 objectId, childSubmapId, hidden, endpoint1Id, endpoint2Id);
     }
 
-    @Override
-    protected boolean submapInCache(int submapId) {
+    @Override protected boolean submapInCache(int submapId) {
         record("submapInCache", submapId);
         return super.submapInCache(submapId);
     }
 
-    @Override
-    protected boolean qxwdbObjectInCache(int objectId) {
-        record("qxwdbObjectInCache", objectId);
-        return super.qxwdbObjectInCache(objectId);
-    }
-
-    @Override
-    protected boolean qxwdbObjectFieldValuesInCache(int objectId) {
+    @Override protected boolean qxwdbObjectFieldValuesInCache(int objectId) {
         record("qxwdbObjectFieldValuesInCache", objectId);
         return super.qxwdbObjectFieldValuesInCache(objectId);
     }
 
-    @Override
-    protected void setQxwdbObjectFieldValues(int objectId, Properties fieldValues) {
+    @Override protected void setQxwdbObjectFieldValues(int objectId, Properties fieldValues) {
         record("setQxwdbObjectFieldValues", objectId, fieldValues);
         super.setQxwdbObjectFieldValues(objectId, fieldValues);
     }
 
-    @Override
-    protected String getSymbolRowData(int symbolId, int objectId, int propertySetIndex) {
+    @Override protected String getSymbolRowData(int symbolId, int objectId, int propertySetIndex) {
         record("getSymbolRowData", symbolId, objectId, propertySetIndex);
-        if (failRowData) throw new IllegalStateException("row data failed");
-        Runnable task = rowDataTask;
-        if (task != null) {
-            task.run();
-            return "task";
-        }
-        if (propertySetIndex < 0) return null;
-        return "row " + symbolId + " " + objectId + " " + propertySetIndex;
+        return propertySetIndex < 0 ? null
+                : "row " + symbolId + " " + objectId + " " + propertySetIndex;
     }
 
-    @Override
-    protected void addParentPathInfo(int symbolId) {
-        record("addParentPathInfo", symbolId);
-        super.addParentPathInfo(symbolId);
-    }
-
-    @Override
-    protected void addParentLocationInfo(int networkObjectId, int parentLocationObjectId) {
-        record("addParentLocationInfo", networkObjectId, parentLocationObjectId);
-        super.addParentLocationInfo(networkObjectId, parentLocationObjectId);
-    }
-
-    @Override
-    protected void addFoundSymbolInfo(String symbolLabel, String submapName,
-            String objectSelectionName, int objectId, int symbolId, int submapId,
-            String symbolType, int symbolStatus) {
-        record("addFoundSymbolInfo", symbolLabel, submapName, objectSelectionName, objectId,
-                symbolId, submapId, symbolType, symbolStatus);
-        super.addFoundSymbolInfo(symbolLabel, submapName, objectSelectionName, objectId,
-                symbolId, submapId, symbolType, symbolStatus);
-    }
-
-    @Override
-    protected String[] getRootObjectSelectionNames() {
-        String[] names = super.getRootObjectSelectionNames();
-        record("getRootObjectSelectionNames", (Object) names);
-        return names;
-    }
-
-    /** What an id callback answers: the stored ids, none, or an exception. */
     private int[] answerIds(int[] stored) {
-        if (throwForIds) throw new IllegalStateException("no ids today");
         return returnNoIds ? null : stored;
     }
 
-    @Override
-    protected int[] getManageObjectList(int numObjs) {
+    @Override protected int[] getManageObjectList(int numObjs) {
         record("getManageObjectList", numObjs);
         return answerIds(super.getManageObjectList(numObjs));
     }
 
-    @Override
-    protected int[] getAckObjectList(int numObjs) {
+    @Override protected int[] getAckObjectList(int numObjs) {
         record("getAckObjectList", numObjs);
         return answerIds(super.getAckObjectList(numObjs));
     }
 
-    @Override
-    protected int[] getVisibilityStateSymbolIds() {
+    @Override protected int[] getVisibilityStateSymbolIds() {
         record("getVisibilityStateSymbolIds");
         return answerIds(super.getVisibilityStateSymbolIds());
     }
 
-    @Override
-    protected int[] getInterfaceAndNodeVisibilityStateObjectIds() {
+    @Override protected int[] getInterfaceAndNodeVisibilityStateObjectIds() {
         record("getInterfaceAndNodeVisibilityStateObjectIds");
         return answerIds(super.getInterfaceAndNodeVisibilityStateObjectIds());
     }
 
-    @Override
-    protected int[] getDeleteSymbolsObjectIds() {
+    @Override protected int[] getDeleteSymbolsObjectIds() {
         record("getDeleteSymbolsObjectIds");
         return answerIds(super.getDeleteSymbolsObjectIds());
     }
 
-    @Override
-    protected void beginMapSync() {
+    @Override protected void beginMapSync() {
         record("beginMapSync");
         super.beginMapSync();
     }
 
-    @Override
-    protected void endMapSync() {
+    @Override protected void endMapSync() {
         record("endMapSync");
         super.endMapSync();
     }
 
-    @Override
-    protected void synchronizeLayoutAppearance(int submapId) {
+    @Override protected void synchronizeLayoutAppearance(int submapId) {
         record("synchronizeLayoutAppearance", submapId);
     }
 
-    @Override
-    protected void symbolHiddenCB(int symbolId, int submapId, boolean isNode) {
+    @Override protected void symbolHiddenCB(int symbolId, int submapId, boolean isNode) {
         record("symbolHiddenCB", symbolId, submapId, isNode);
         super.symbolHiddenCB(symbolId, submapId, isNode);
     }
 
-    @Override
-    protected void symbolUnhiddenCB(int symbolId, int submapId, boolean isNode) {
+    @Override protected void symbolUnhiddenCB(int symbolId, int submapId, boolean isNode) {
         record("symbolUnhiddenCB", symbolId, submapId, isNode);
         super.symbolUnhiddenCB(symbolId, submapId, isNode);
     }
 
-    @Override
-    protected void symbolStatusChangeCB(int symbolId, int submapId, int status, boolean isNode) {
+    @Override protected void symbolStatusChangeCB(int symbolId, int submapId, int status,
+            boolean isNode) {
         record("symbolStatusChangeCB", symbolId, submapId, status, isNode);
         super.symbolStatusChangeCB(symbolId, submapId, status, isNode);
     }
 
-    @Override
-    protected void symbolCreatedCB(MapSymbol symbol, int submapId) {
+    @Override protected void symbolCreatedCB(MapSymbol symbol, int submapId) {
         record("symbolCreatedCB", symbol, submapId);
         super.symbolCreatedCB(symbol, submapId);
     }
 
-    @Override
-    protected void symbolDeletedCB(int symbolId, int submapId, boolean isNode) {
+    @Override protected void symbolDeletedCB(int symbolId, int submapId, boolean isNode) {
         record("symbolDeletedCB", symbolId, submapId, isNode);
         super.symbolDeletedCB(symbolId, submapId, isNode);
     }
 
-    @Override
-    protected void symbolMovedCB(int symbolId, int submapId, int placement, int x, int y,
+    @Override protected void symbolMovedCB(int symbolId, int submapId, int placement, int x, int y,
             int predSymbolId, boolean fromMoveEvent, boolean moreToFollow, boolean fromRefresh) {
         record("symbolMovedCB", symbolId, submapId, placement, x, y, predSymbolId, fromMoveEvent,
                 moreToFollow, fromRefresh);
@@ -249,61 +179,55 @@ class RecordingDispatcher extends QxwEventDispatcher {
                 moreToFollow, fromRefresh);
     }
 
-    @Override
-    protected void symbolNormalizeChangeCB(int symbolId, int submapId, boolean isNormalized) {
+    @Override protected void symbolNormalizeChangeCB(int symbolId, int submapId,
+            boolean isNormalized) {
         record("symbolNormalizeChangeCB", symbolId, submapId, isNormalized);
         super.symbolNormalizeChangeCB(symbolId, submapId, isNormalized);
     }
 
-    @Override
-    protected void submapCreatedCB(int submapId, int parentObjectId) {
+    @Override protected void submapCreatedCB(int submapId, int parentObjectId) {
         record("submapCreatedCB", submapId, parentObjectId);
         super.submapCreatedCB(submapId, parentObjectId);
     }
 
-    @Override
-    protected void submapDeletedCB(int submapId, int parentObjectId) {
+    @Override protected void submapDeletedCB(int submapId, int parentObjectId) {
         record("submapDeletedCB", submapId, parentObjectId);
         super.submapDeletedCB(submapId, parentObjectId);
     }
 
-    @Override
-    protected void submapAutoLayoutChangeCB(int submapId, int parentObjectId, boolean layoutOn) {
+    @Override protected void submapAutoLayoutChangeCB(int submapId, int parentObjectId,
+            boolean layoutOn) {
         record("submapAutoLayoutChangeCB", submapId, parentObjectId, layoutOn);
         super.submapAutoLayoutChangeCB(submapId, parentObjectId, layoutOn);
     }
 
-    @Override
-    protected void mapOpenCB(String mapName, boolean isReadOnly, int rootSubmapId) {
+    @Override protected void mapOpenCB(String mapName, boolean isReadOnly, int rootSubmapId) {
         record("mapOpenCB", mapName, isReadOnly, rootSubmapId);
         super.mapOpenCB(mapName, isReadOnly, rootSubmapId);
     }
 
-    @Override
-    protected void mapCloseCB(String mapName, int rootSubmapId) {
+    @Override protected void mapCloseCB(String mapName, int rootSubmapId) {
         record("mapCloseCB", mapName, rootSubmapId);
         super.mapCloseCB(mapName, rootSubmapId);
     }
 
-    @Override
-    protected void endSessionCB() {
+    @Override protected void endSessionCB() {
         record("endSessionCB");
         super.endSessionCB();
     }
 
-    @Override
-    protected void scopingNetworkCreatedCB(int networkObjectId, int[] parentLocationObjectIds) {
+    @Override protected void scopingNetworkCreatedCB(int networkObjectId,
+            int[] parentLocationObjectIds) {
         record("scopingNetworkCreatedCB", networkObjectId, parentLocationObjectIds);
         super.scopingNetworkCreatedCB(networkObjectId, parentLocationObjectIds);
     }
 
-    @Override
-    protected void scopingInterfacesCreatedCB(int[] interfaceObjectIds, int[] nodeObjectIds) {
+    @Override protected void scopingInterfacesCreatedCB(int[] interfaceObjectIds,
+            int[] nodeObjectIds) {
         record("scopingInterfacesCreatedCB", interfaceObjectIds, nodeObjectIds);
     }
 
-    @Override
-    protected void scopingInterfacesDeletedCB(int[] interfaceObjectIds) {
+    @Override protected void scopingInterfacesDeletedCB(int[] interfaceObjectIds) {
         record("scopingInterfacesDeletedCB", (Object) interfaceObjectIds);
     }
 

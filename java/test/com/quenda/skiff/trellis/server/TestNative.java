@@ -45,11 +45,8 @@ final class TestNative {
     /** The root submap id the client side substitutes for submap 0. */
     static native int rootSubmapId();
 
-    /** The dispatcher's error report, with a context when it is not null. */
-    static native void printDispatcherError(String context, String errorText);
-
-    /** The client's error report, with a context when it is not null. */
-    static native void printClientError(String context, String errorText);
+    /** The client's (else the dispatcher's) error report, with a context when it is not null. */
+    static native void printError(boolean client, String context, String errorText);
 
     /**
      * Sends the request text as it is on the client's connection and returns the answer's number

@@ -29,10 +29,6 @@ final class TestSession {
         this.flags = flags;
     }
 
-    TestSession() {
-        this(null);
-    }
-
     private void run() {
         boolean usable = flags == null ? dispatcher.connect(false, false, false, false)
                 : dispatcher.connect(flags.invokeJavaCallbacksForScopingUpdates(),
@@ -47,9 +43,8 @@ final class TestSession {
     }
 
     /** Opens the client, starts the dispatcher thread and returns the connection results. */
-    QxwInterface.ConnectionResults start(boolean verboseJNI, boolean verboseQXW,
-            boolean verboseNSP) throws InterruptedException {
-        client.open(verboseJNI, verboseQXW, verboseNSP);
+    QxwInterface.ConnectionResults start() throws InterruptedException {
+        client.open(false, false, false);
         thread.setDaemon(true);
         thread.start();
         QxwInterface.ConnectionResults results =
@@ -71,20 +66,20 @@ final class TestSession {
      */
     <T> T onDispatcherThread(Callable<T> work) throws Exception {
         List<T> result = new ArrayList<>(1);
-        List<Exception> failure = new ArrayList<>(1);
-        dispatcher.rowDataTask = () -> {
+        Exception[] failure = new Exception[1];
+        dispatcher.hooks.put("getSymbolRowData", () -> {
             try {
                 result.add(work.call());
             } catch (Exception e) {
-                failure.add(e);
+                failure[0] = e;
             }
-        };
+        });
         try {
             assertTrue(client.getSymbolRowData(0, 0, 0), "the row data request was not served");
         } finally {
-            dispatcher.rowDataTask = null;
+            dispatcher.hooks.remove("getSymbolRowData");
         }
-        if (!failure.isEmpty()) throw failure.get(0);
+        if (failure[0] != null) throw failure[0];
         return result.get(0);
     }
 
@@ -96,7 +91,7 @@ final class TestSession {
     /** The same, the dispatcher connecting with the flags given. */
     static TestSession started(OneSessionTest.Connect flags) throws Exception {
         TestSession session = new TestSession(flags);
-        assertTrue(session.start(false, false, false).connectionEstablished());
+        assertTrue(session.start().connectionEstablished());
         assertTrue(session.connectClient());
         return session;
     }
@@ -104,12 +99,6 @@ final class TestSession {
     /** True once listenForEvents has returned. */
     boolean ended() {
         return thread.getState() == Thread.State.TERMINATED;
-    }
-
-    /** Waits until listenForEvents has returned; false when it did not in time. */
-    boolean awaitEnded() throws InterruptedException {
-        thread.join(TimeUnit.SECONDS.toMillis(TIMEOUT_SECONDS));
-        return !thread.isAlive();
     }
 
     /** Ends the platform session and checks that listenForEvents returned. */
