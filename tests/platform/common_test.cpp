@@ -1,26 +1,21 @@
-// The platform's common library: the tokenizer the request channel relies
-// on and the string hash the text-keyed tables rely on.
+// The platform's common library: the tokenizer the request channel relies on,
+// the string hash and the keyed table the keyed-table family builds on.
 #include "platform/qxcommon.h"
 
 #include <gtest/gtest.h>
 
 #include <cstdlib>
+#include <cstring>
+#include <map>
 #include <set>
 #include <string>
 #include <vector>
 
+#include "platform/qxhash.h"
+
 namespace {
 
-std::vector<std::string> Fields(std::string text, const char* separators) {
-  std::vector<std::string> out;
-  for (char* f = _QXstrtok(text.data(), separators, 0); f != nullptr;
-       f = _QXstrtok(nullptr, separators, 0)) {
-    out.push_back(f);
-  }
-  return out;
-}
-
-TEST(StrtokTest, FieldsArePositional) {
+TEST(CommonTest, StrtokFieldsArePositionalAndStrdupCopies) {
   struct Case {
     std::string text;
     std::vector<std::string> fields;
@@ -30,27 +25,29 @@ TEST(StrtokTest, FieldsArePositional) {
       {"a\v", {"a", ""}},
       {"\v", {"", ""}},
       {"", {""}},
-      {"query with spaces", {"query with spaces"}},
       {"1\v2\vpat tern\v", {"1", "2", "pat tern", ""}},
   };
-  for (const Case& c : cases) EXPECT_EQ(Fields(c.text, "\v"), c.fields) << c.text;
+  for (Case& c : cases) {
+    std::vector<std::string> fields;
+    // A null text continues the previous one, and stays at its end.
+    for (char* f = _QXstrtok(c.text.data(), "\v", 0); f != nullptr; f = _QXstrtok(nullptr, "\v", 0))
+      fields.push_back(f);
+    EXPECT_EQ(_QXstrtok(nullptr, "\v", 0), nullptr);
+    EXPECT_EQ(fields, c.fields) << c.text;
+  }
+  char* copy = _QXstrdup("IP Internet");
+  EXPECT_STREQ(copy, "IP Internet");
+  std::free(copy);
+  EXPECT_EQ(_QXstrdup(nullptr), nullptr);
 }
 
-TEST(StrtokTest, NullContinuesThePreviousText) {
-  std::string text = "x y";
-  EXPECT_STREQ(_QXstrtok(text.data(), " ", 0), "x");
-  EXPECT_STREQ(_QXstrtok(nullptr, " ", 0), "y");
-  EXPECT_EQ(_QXstrtok(nullptr, " ", 0), nullptr);
-  EXPECT_EQ(_QXstrtok(nullptr, " ", 0), nullptr);
-}
-
-TEST(QXhashTest, SpreadsNetworkNodeKeysOverBuckets) {
+TEST(CommonTest, HashSpreadsNetworkNodeKeysOverBuckets) {
   // Keys of the shape the network-node table uses, over 97 buckets.
   std::vector<int> buckets(97);
   std::set<unsigned int> distinct;
-  int n = 0;
+  const int n = 100 * 100;
   for (int net = 1; net <= 100; ++net) {
-    for (int node = 1; node <= 100; ++node, ++n) {
+    for (int node = 1; node <= 100; ++node) {
       unsigned int h = _QXhash((std::to_string(net) + ":" + std::to_string(node)).c_str());
       distinct.insert(h);
       ++buckets[h % 97];
@@ -63,11 +60,67 @@ TEST(QXhashTest, SpreadsNetworkNodeKeysOverBuckets) {
   }
 }
 
-TEST(QXstrdupTest, CopiesAndKeepsNull) {
-  char* copy = _QXstrdup("IP Internet");
-  EXPECT_STREQ(copy, "IP Internet");
-  std::free(copy);
-  EXPECT_EQ(_QXstrdup(nullptr), nullptr);
+// The table's entries as its iterator visits them, each once.
+std::map<uintptr_t, uintptr_t> Contents(_Hash& table) {
+  std::map<uintptr_t, uintptr_t> seen;
+  _HashIter it(table);
+  EXPECT_EQ(table.isIterating(), 1);
+  for (_HashItem* item = it(); item != nullptr; item = ++it) {
+    EXPECT_TRUE(seen.emplace(item->key(), item->data()).second) << "entry visited twice";
+  }
+  EXPECT_EQ(++it, nullptr);  // past the end the iterator stays at its end
+  return seen;
+}
+
+TEST(HashTest, KeepsEveryEntryThroughGrowthAndRemoval) {
+  _Hash table(50, 3, 3, 0.333f);
+  EXPECT_TRUE(Contents(table).empty());
+  EXPECT_EQ(table.isIterating(), 0);
+  std::map<uintptr_t, uintptr_t> expected;
+  // Far past the first growth (50 buckets at a load of 0.333).
+  for (uintptr_t k = 1; k <= 5000; ++k) table.insert(k * 7919, expected[k * 7919] = k);
+  table.insert(7919, 71);  // a present key: the value is replaced
+  expected[7919] = 71;
+  EXPECT_EQ(table.remove(40 * 7919), 1);
+  EXPECT_EQ(table.remove(40 * 7919), 0);
+  expected.erase(40 * 7919);
+  EXPECT_EQ(table.size(), 4999);
+  for (auto [key, data] : expected) ASSERT_EQ(table.find(key)->data(), data) << key;
+  EXPECT_FALSE(table.isIn(3));
+  EXPECT_FALSE(table.isIn(40 * 7919));
+  EXPECT_EQ(Contents(table), expected);
+}
+
+// A table keyed by text: equal text at another address is the same key only
+// if the table hashes and compares through its virtual functions.
+class TextTable : public _Hash {
+ public:
+  TextTable() : _Hash(50, 3, 3, 0.333f) {}
+  unsigned int hash(uintptr_t key) override { return _QXhash(reinterpret_cast<const char*>(key)); }
+  int keyCmp(uintptr_t tabKey, uintptr_t searchKey) override {
+    return std::strcmp(reinterpret_cast<const char*>(tabKey),
+                       reinterpret_cast<const char*>(searchKey));
+  }
+};
+
+uintptr_t Word(const std::string& s) { return reinterpret_cast<uintptr_t>(s.c_str()); }
+
+TEST(HashTest, OverridesDecideEqualityAndPlacementThroughGrowth) {
+  TextTable table;
+  std::vector<std::string> keys;
+  for (int i = 0; i < 200; ++i) keys.push_back("key-" + std::to_string(i));
+  for (size_t i = 0; i < keys.size(); ++i) table.insert(Word(keys[i]), i);
+  // Equal text at another address is the same key.
+  for (size_t i = 0; i < keys.size(); ++i) {
+    std::string copy = keys[i];
+    ASSERT_NE(table.find(Word(copy)), nullptr) << copy;
+    EXPECT_EQ(table.find(Word(copy))->data(), i);
+  }
+  std::string again = "key-5", gone = "key-6";
+  table.insert(Word(again), 999);
+  EXPECT_EQ(table.size(), 200);
+  EXPECT_EQ(table.remove(Word(gone)), 1);
+  EXPECT_FALSE(table.isIn(Word(gone)));
 }
 
 }  // namespace

@@ -1,139 +1,235 @@
-// The control socket: no client can hold the event loop, neither by leaving
-// its replies unread nor by sending a line without end.
+// qxw-monitor driven over its control socket as a person with qxw-ctl would:
+// replies, the events the monitor prints, sync, counters, fail, end-session
+// ending the monitor; and no client can hold the event loop, neither by
+// leaving its replies unread nor by sending a line without end.
 #include <poll.h>
+#include <signal.h>
 #include <sys/socket.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstring>
-#include <memory>
 #include <string>
-#include <thread>
-#include <vector>
+
+#include <nlohmann/json.hpp>
 
 #include "emulator/qxwemu.h"
-#include "platform/qxw.h"
 #include "tests/support/platform_session.h"
 
 namespace {
 
+using nlohmann::json;
+
 const std::string kOk = R"({"ok":true})";
-const std::string kTooLong = R"({"ok":false,"error":"the command is longer than )" +
-                             std::to_string(qxwemu::kMaxControlLine) + R"( bytes"})";
 
-// A session with a control socket whose event loop runs on a thread of its
-// own until the session ends.
-class ControlSocketTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    path_ = "/tmp/skifftest-control-" + std::to_string(getpid()) + ".sock";
-    setenv("QXW_CONTROL", path_.c_str(), 1);
-    session_ = std::make_unique<skifftest::PlatformSession>(skifftest::TestMap("platform.json"));
-    unsetenv("QXW_CONTROL");
-    ASSERT_TRUE(session_->ok()) << session_->error();
-    loop_ = std::thread([] {
-      while (QXwProcessEvent() >= 0) {
+// A client of the socket at `path`, or -1 when nobody listens there.
+int Connect(const std::string& path) {
+  sockaddr_un address{};
+  address.sun_family = AF_UNIX;
+  std::strncpy(address.sun_path, path.c_str(), sizeof(address.sun_path) - 1);
+  int fd = socket(AF_UNIX, SOCK_STREAM, 0);
+  if (connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)) == 0) return fd;
+  close(fd);
+  return -1;
+}
+
+void Send(int fd, const std::string& text) {
+  for (size_t sent = 0; sent < text.size();) {
+    ssize_t n = send(fd, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
+    ASSERT_GT(n, 0);
+    sent += static_cast<size_t>(n);
+  }
+}
+
+// The next line read from `fd` (what is read past it stays in `buffer`), or
+// "" when none comes within `ms` or the other end closes.
+std::string ReadLine(int fd, std::string* buffer, int ms = 5000) {
+  for (size_t nl; (nl = buffer->find('\n')) == std::string::npos;) {
+    pollfd p{fd, POLLIN, 0};
+    char chunk[65536];
+    ssize_t n = poll(&p, 1, ms) <= 0 ? 0 : read(fd, chunk, sizeof(chunk));
+    if (n <= 0) return "";
+    buffer->append(chunk, static_cast<size_t>(n));
+  }
+  std::string line = buffer->substr(0, buffer->find('\n'));
+  buffer->erase(0, line.size() + 1);
+  return line;
+}
+
+// qxw-monitor on a map of its own, printing events on a pipe.
+class Monitor {
+ public:
+  Monitor() {
+    int out[2];
+    EXPECT_EQ(pipe(out), 0);
+    pid_ = fork();
+    if (pid_ == 0) {
+      dup2(out[1], 1);
+      close(out[0]);
+      setenv("QXW_MAP", mapPath_.c_str(), 1);
+      setenv("QXW_CONTROL", socketPath.c_str(), 1);
+      execl(SKIFF_BINARY_DIR "/bin/qxw-monitor", "qxw-monitor", nullptr);
+      _exit(127);
+    }
+    close(out[1]);
+    out_ = out[0];
+    for (int i = 0; i < 500 && (control_ = Connect(socketPath)) < 0; ++i) usleep(10 * 1000);
+    EXPECT_GE(control_, 0) << "the monitor's control socket never appeared";
+  }
+  ~Monitor() {
+    if (pid_ > 0 && waitpid(pid_, nullptr, WNOHANG) == 0) {
+      kill(pid_, SIGKILL);
+      waitpid(pid_, nullptr, 0);
+    }
+    if (control_ >= 0) close(control_);
+    close(out_);
+    std::remove(mapPath_.c_str());
+  }
+
+  // Sends one command and returns its reply.
+  std::string Command(const std::string& command) {
+    Send(control_, command + "\n");
+    return ReadLine(control_, &replies_);
+  }
+  // The next event line the monitor printed, waiting at most `ms`.
+  std::string Event(int ms = 5000) { return ReadLine(out_, &events_, ms); }
+  // The exit status once the monitor has ended, or -1 when it does not.
+  int WaitExit() {
+    for (int i = 0, status = 0; i < 500; ++i, usleep(10 * 1000)) {
+      if (waitpid(pid_, &status, WNOHANG) == pid_) {
+        pid_ = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
       }
-    });
-  }
-
-  void TearDown() override {
-    if (loop_.joinable()) {
-      qxwemu::Control("end-session");
-      loop_.join();
     }
-    for (int fd : clients_) close(fd);
+    return -1;
   }
 
-  int Connect() {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    std::strncpy(address.sun_path, path_.c_str(), sizeof(address.sun_path) - 1);
-    int fd = socket(AF_UNIX, SOCK_STREAM, 0);
-    EXPECT_EQ(connect(fd, reinterpret_cast<sockaddr*>(&address), sizeof(address)), 0);
-    clients_.push_back(fd);
-    return fd;
-  }
+  const std::string socketPath = "/tmp/skiff-monitor-" + std::to_string(getpid()) + ".sock";
 
-  static void Send(int fd, const std::string& text) {
-    for (size_t sent = 0; sent < text.size();) {
-      ssize_t n = send(fd, text.data() + sent, text.size() - sent, MSG_NOSIGNAL);
-      ASSERT_GT(n, 0);
-      sent += static_cast<size_t>(n);
-    }
-  }
-
-  // The next reply line, or "end" when the emulator closed the connection.
-  static std::string Reply(int fd, std::string* buffer) {
-    for (size_t nl; (nl = buffer->find('\n')) == std::string::npos;) {
-      char chunk[65536];
-      ssize_t n = recv(fd, chunk, sizeof(chunk), 0);
-      if (n <= 0) return "end";
-      buffer->append(chunk, static_cast<size_t>(n));
-    }
-    std::string line = buffer->substr(0, buffer->find('\n'));
-    buffer->erase(0, line.size() + 1);
-    return line;
-  }
-
-  std::string path_;
-  std::unique_ptr<skifftest::PlatformSession> session_;
-  std::thread loop_;
-  std::vector<int> clients_;
+ private:
+  const std::string mapPath_ = skifftest::WriteTempFile(skifftest::TestMap("platform.json"));
+  pid_t pid_ = -1;
+  int out_ = -1;
+  int control_ = -1;
+  std::string replies_, events_;
 };
 
-TEST_F(ControlSocketTest, AClientThatNeverReadsIsDroppedAndOthersAreServed) {
-  const size_t dumpSize = qxwemu::Control("dump").size() + 1;
-  const size_t dumps = 2 * qxwemu::kMaxControlBacklog / dumpSize + 1;
-  int idle = Connect();
+TEST(ControlSocketTest, AClientThatNeverReadsIsDroppedAndOthersAreServed) {
+  Monitor monitor;
+  const size_t dumps = 2 * qxwemu::kMaxControlBacklog / monitor.Command("dump").size() + 1;
+  int idle = Connect(monitor.socketPath);
   std::string commands;
   for (size_t i = 0; i < dumps; ++i) commands += "dump\n";
   Send(idle, commands);
-
-  int other = Connect();
-  Send(other, "ping\n");
-  std::string buffer;
-  EXPECT_EQ(Reply(other, &buffer), kOk);
-  EXPECT_EQ(qxwemu::Control("ping"), kOk);
+  EXPECT_EQ(monitor.Command("ping"), kOk);
 
   // The idle client is dropped once its backlog passes the bound: waiting for
   // the hang-up reads nothing, so the backlog cannot shrink meanwhile.
   pollfd hangup{idle, 0, 0};
   ASSERT_EQ(poll(&hangup, 1, -1), 1);
   size_t replies = 0;
-  buffer.clear();
-  while (Reply(idle, &buffer) != "end") ++replies;
+  for (std::string buffer; !ReadLine(idle, &buffer).empty();) ++replies;
   EXPECT_LT(replies, dumps);
+  close(idle);
 }
 
-TEST_F(ControlSocketTest, ALineLongerThanTheBoundGetsOneRefusal) {
-  struct Case {
-    const char* what;
-    size_t length;  // of a "ping" padded with blanks
-    std::string reply;
-  } cases[] = {
-      {"at the bound", qxwemu::kMaxControlLine, kOk},
-      {"one byte over", qxwemu::kMaxControlLine + 1, kTooLong},
-      {"far over, in many pieces", 3 * qxwemu::kMaxControlLine, kTooLong},
-  };
-  int fd = Connect();
+TEST(ControlSocketTest, ALineLongerThanTheBoundIsRefusedOnceAsSoonAsItPassesIt) {
+  Monitor monitor;
+  const size_t bound = qxwemu::kMaxControlLine;
+  int fd = Connect(monitor.socketPath);
   std::string buffer;
-  for (const Case& c : cases) {
-    Send(fd, "ping" + std::string(c.length - 4, ' ') + "\nping\n");
-    EXPECT_EQ(Reply(fd, &buffer), c.reply) << c.what;
-    EXPECT_EQ(Reply(fd, &buffer), kOk) << c.what;
+  Send(fd, "ping" + std::string(bound - 4, ' ') + "\nping\n");
+  EXPECT_EQ(ReadLine(fd, &buffer), kOk) << "at the bound";
+  EXPECT_EQ(ReadLine(fd, &buffer), kOk);
+  for (size_t length : {bound + 1, 3 * bound}) {
+    // The refusal comes before the end of the line; the rest of it is dropped.
+    Send(fd, "ping" + std::string(length - 4, ' '));
+    EXPECT_EQ(ReadLine(fd, &buffer), R"({"ok":false,"error":"the command is longer than )" +
+                                         std::to_string(bound) + R"( bytes"})")
+        << length;
+    Send(fd, "the rest of the line\nping\n");
+    EXPECT_EQ(ReadLine(fd, &buffer), kOk) << length;
   }
+  close(fd);
 }
 
-TEST_F(ControlSocketTest, ALineIsRefusedAsSoonAsItPassesTheBound) {
-  int fd = Connect();
-  std::string buffer;
-  Send(fd, "ping" + std::string(qxwemu::kMaxControlLine, ' '));
-  EXPECT_EQ(Reply(fd, &buffer), kTooLong);
-  Send(fd, "the rest of the line\nping\n");
-  EXPECT_EQ(Reply(fd, &buffer), kOk);
+TEST(MonitorTest, EveryCommandAnswersAndItsEventIsPrintedBeforeSyncAnswers) {
+  Monitor monitor;
+  EXPECT_EQ(monitor.Command("move 104 2 106"), kOk);
+  EXPECT_EQ(monitor.Command("status 5 106"), kOk);
+  EXPECT_EQ(monitor.Command("normalize 106 1"), kOk);
+  EXPECT_EQ(monitor.Command("autolayout 3 0"), kOk);
+  EXPECT_EQ(monitor.Command(
+                R"(create-object {"fields": {"Selection Name": "new", "isInterface": true}})"),
+            R"({"ok":true,"id":71})");
+  EXPECT_EQ(monitor.Command("delete-objects 71"), kOk);
+  EXPECT_EQ(monitor.Command("delete-symbols 110"), kOk);
+  EXPECT_EQ(monitor.Command("sync"), kOk);
+  const char* expected[] = {
+      R"({"event":20,"symbol":{"id":104,"submap":3,"object":40,"label":"host1","type":"Computer:Workstation","variety":1,"plane":2,"hidden":true,"status":0,"statusSource":0,"apps":["IP Map"],"placement":2,"pred":106}})",
+      R"({"event":25,"symbols":[{"id":106,"submap":3,"object":31,"label":"rtr2","type":"Connector:Router","variety":1,"plane":2,"hidden":false,"status":5,"statusSource":0,"apps":["Other App","IP Map"],"placement":7,"x":0,"y":0}]})",
+      R"({"event":39,"symbol":{"id":106,"submap":3,"object":31,"label":"rtr2","type":"Connector:Router","variety":1,"plane":2,"hidden":false,"status":5,"statusSource":0,"apps":["Other App","IP Map"],"placement":7,"x":0,"y":0},"isNormalized":true})",
+      R"({"event":40,"submap":{"id":3,"name":"10.1.0","app":"IP Map","policy":0,"parentObject":20,"layoutOn":false}})",
+      R"({"event":18,"objects":[{"id":71,"childSubmap":0,"fields":{"Selection Name":"new","isInterface":true}}]})",
+      R"({"event":15,"objects":[{"id":71,"childSubmap":0,"fields":{"Selection Name":"new","isInterface":true}}]})",
+      R"({"event":14,"symbols":[{"id":110,"submap":4,"object":42,"label":"le1","type":"Card:Ethernet","variety":1,"plane":2,"hidden":false,"status":0,"statusSource":0,"apps":["IP Map"],"placement":0,"x":0,"y":0}]})",
+  };
+  // Printed already: no waiting allowed.
+  for (const char* line : expected) EXPECT_EQ(monitor.Event(0), line);
+
+  EXPECT_EQ(monitor.Command("reset-counters"), kOk);
+  monitor.Command("ping");
+  monitor.Command("ping");
+  // Each command is applied by one QXwProcessEvent of the monitor's loop.
+  EXPECT_GE(json::parse(monitor.Command("counters"))["counters"]["QXwProcessEvent"].get<int>(), 2);
+  EXPECT_EQ(monitor.Command("fail QXwInit 3"), kOk);
+  EXPECT_EQ(monitor.Command("fail QXwInit x"),
+            R"({"ok":false,"error":"the code must be an integer, not \"x\""})");
+  EXPECT_EQ(monitor.Command("fail QXwInit off"), kOk);
+
+  EXPECT_EQ(monitor.Command("close-map"), kOk);
+  EXPECT_EQ(monitor.Command("open-map"), kOk);
+  EXPECT_EQ(monitor.Command("end-session"), kOk);
+  EXPECT_EQ(monitor.Event(),
+            R"({"event":4,"map":{"name":"test campus","permissions":2,"rootSubmap":1}})");
+  EXPECT_EQ(monitor.Event(),
+            R"({"event":3,"map":{"name":"campus","permissions":2,"rootSubmap":1}})");
+  EXPECT_EQ(monitor.Event(), R"({"event":1,"normalEnd":true})");
+  EXPECT_EQ(monitor.WaitExit(), 0);
+}
+
+// Runs qxw-ctl with `arguments` and `input` on its standard input; returns
+// its output and sets its exit status.
+std::string RunCtl(const std::string& arguments, const std::string& input, int* status) {
+  std::string inputPath = skifftest::WriteTempFile(input, ".txt");
+  std::string command = SKIFF_BINARY_DIR "/bin/qxw-ctl " + arguments + " < " + inputPath;
+  FILE* pipe = popen(command.c_str(), "r");
+  std::string out;
+  char buffer[4096];
+  for (size_t n; (n = fread(buffer, 1, sizeof(buffer), pipe)) > 0;) out.append(buffer, n);
+  *status = WEXITSTATUS(pclose(pipe));
+  std::remove(inputPath.c_str());
+  return out;
+}
+
+TEST(MonitorTest, TheControlClientTakesCommandsAsArgumentsOrLines) {
+  Monitor monitor;
+  const std::string socket = "-s " + monitor.socketPath;
+  int status = -1;
+  EXPECT_EQ(RunCtl(socket + " ping \"unhide 104\" sync", "", &status),
+            "{\"ok\":true}\n{\"ok\":true}\n{\"ok\":true}\n");
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(monitor.Event(0).rfind("{\"event\":24,\"symbols\":[{\"id\":104,", 0), 0u);
+  EXPECT_EQ(
+      RunCtl(socket, "ping\n\nhide 999\nping\n", &status),
+      "{\"ok\":true}\n{\"ok\":false,\"error\":\"symbol 999 does not exist\"}\n{\"ok\":true}\n");
+  EXPECT_EQ(status, 1);
+  RunCtl("-s /nonexistent.sock ping", "", &status);
+  EXPECT_EQ(status, 2);
 }
 
 }  // namespace

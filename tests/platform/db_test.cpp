@@ -1,4 +1,5 @@
-// The object database: field descriptions, values and queries by value.
+// The object database: field descriptions, values and queries by value, and
+// the object-collection service matching the search's clauses as text.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -6,6 +7,7 @@
 #include <vector>
 
 #include "platform/qxwdb.h"
+#include "platform/skcollection.h"
 #include "tests/support/platform_session.h"
 
 namespace {
@@ -17,24 +19,12 @@ std::vector<QXwObjectId> Ids(QXwObjectIdList* list) {
   return ids;
 }
 
-QXwFieldValue Integer(int v) {
+// An integer, boolean or enumeration value, or with `text` a string value.
+QXwFieldValue Value(int type, int number, const char* text = nullptr) {
   QXwFieldValue value{};
-  value.field_type = QXW_FIELD_INTEGER;
-  value.un.int_val = v;
-  return value;
-}
-
-QXwFieldValue Boolean(int v) {
-  QXwFieldValue value{};
-  value.field_type = QXW_FIELD_BOOLEAN;
-  value.un.bool_val = v;
-  return value;
-}
-
-QXwFieldValue Text(const char* v) {
-  QXwFieldValue value{};
-  value.field_type = QXW_FIELD_STRING;
-  value.un.string_val = const_cast<char*>(v);
+  value.field_type = type;
+  value.un.int_val = number;
+  if (text != nullptr) value.un.string_val = const_cast<char*>(text);
   return value;
 }
 
@@ -47,7 +37,6 @@ class DbTest : public ::testing::Test {
 };
 
 TEST_F(DbTest, NamesAndIdsResolve) {
-  EXPECT_EQ(Field("Selection Name"), 1u);
   EXPECT_EQ(Field("Serial Number"), 26u);  // after the 25 standard fields
   EXPECT_EQ(Field("No Such Field"), 0u);
   EXPECT_EQ(QXwDbSelectionNameToObjectId("rtr1"), 30u);
@@ -57,15 +46,11 @@ TEST_F(DbTest, NamesAndIdsResolve) {
   std::free(name);
   EXPECT_EQ(QXwDbObjectIdToSelectionName(70), nullptr);  // has no selection name
   EXPECT_EQ(QXwDbObjectIdToSelectionName(999), nullptr);
-}
-
-TEST_F(DbTest, HostnamesAndOwnAddressesFindNodesOnly) {
+  // Hostnames and their own addresses find nodes only.
   EXPECT_EQ(QXwDbHostnameToObjectId("host1.example"), 40u);
-  EXPECT_EQ(QXwDbHostnameToObjectId("10.1.0.20"),
-            40u);  // the node's own address, not its interface's
-  EXPECT_EQ(QXwDbHostnameToObjectId("10.1.0.21"), 0u);  // only an interface carries it
-  EXPECT_EQ(QXwDbHostnameToObjectId("10.1.0.0"), 0u);   // a network
-  EXPECT_EQ(QXwDbHostnameToObjectId("rtr2.example"), 31u);
+  EXPECT_EQ(QXwDbHostnameToObjectId("10.1.0.20"), 40u);  // not its interface 41
+  EXPECT_EQ(QXwDbHostnameToObjectId("10.1.0.21"), 0u);   // only an interface carries it
+  EXPECT_EQ(QXwDbHostnameToObjectId("10.1.0.0"), 0u);    // a network
 }
 
 TEST_F(DbTest, FieldValuesComeInTheObjectsOrder) {
@@ -106,13 +91,14 @@ TEST_F(DbTest, ValuesByObjectsKeepOnePlacePerObject) {
   QXwObjectIdList list{5, ids};
   QXwObjectFieldList* nodes = QXwDbGetFieldValuesByObjects(&list, Field("TopM Node ID"));
   ASSERT_NE(nodes, nullptr);
-  ASSERT_EQ(nodes->count, 5);
-  for (int i = 0; i < 5; ++i) EXPECT_EQ(nodes->objects[i].object_id, ids[i]);
-  EXPECT_EQ(nodes->objects[0].field_value->un.int_val, 40);
-  EXPECT_EQ(nodes->objects[1].field_value, nullptr);  // no such object
-  EXPECT_EQ(nodes->objects[2].field_value->un.int_val, 40);
-  EXPECT_EQ(nodes->objects[3].field_value->un.int_val, -1);  // 4294967295
-  EXPECT_EQ(nodes->objects[4].field_value, nullptr);         // no value
+  std::vector<std::string> values;  // "object=value", or the object alone for no value
+  for (int i = 0; i < nodes->count; ++i) {
+    const QXwFieldValue* v = nodes->objects[i].field_value;
+    values.push_back(std::to_string(nodes->objects[i].object_id) +
+                     (v != nullptr ? "=" + std::to_string(v->un.int_val) : ""));
+  }
+  // 999 does not exist, 43 holds 4294967295, 50 has no value.
+  EXPECT_EQ(values, (std::vector<std::string>{"41=40", "999", "42=40", "43=-1", "50"}));
   QXwDbFreeObjectFieldList(nodes);
   EXPECT_EQ(QXwDbGetFieldValuesByObjects(&list, 999), nullptr);
 }
@@ -129,14 +115,16 @@ TEST_F(DbTest, IntegerValuesReadAndWrite) {
   EXPECT_NE(QXwDbSetFieldIntegerValue(30, Field("IP Address"), 1), 0);
   EXPECT_NE(QXwDbSetFieldIntegerValue(999, Field("Location ID"), 1), 0);
   // A written value is found by value at once.
-  QXwFieldValue twenty = Integer(20);
+  QXwFieldValue twenty = Value(QXW_FIELD_INTEGER, 20);
   QXwFieldBinding binding{Field("Location ID"), &twenty};
   EXPECT_EQ(Ids(QXwDbListObjectsByFieldValue(&binding)), (std::vector<QXwObjectId>{30}));
 }
 
 TEST_F(DbTest, ObjectsByValueMatchEveryBindingInCreationOrder) {
-  QXwFieldValue yes = Boolean(1), node40 = Integer(40), net20 = Integer(20);
-  QXwFieldValue address = Text("10.1.0.21"), allBits = Integer(-1), alias = Text("beta");
+  QXwFieldValue yes = Value(QXW_FIELD_BOOLEAN, 1), node40 = Value(QXW_FIELD_INTEGER, 40),
+                net20 = Value(QXW_FIELD_INTEGER, 20), allBits = Value(QXW_FIELD_INTEGER, -1),
+                address = Value(QXW_FIELD_STRING, 0, "10.1.0.21"),
+                alias = Value(QXW_FIELD_STRING, 0, "beta");
   struct Case {
     const char* what;
     std::vector<QXwFieldBinding> bindings;
@@ -169,7 +157,6 @@ TEST_F(DbTest, FieldDescriptionsAndConstants) {
   QXwFieldList* fields = QXwDbListFields(0);
   ASSERT_NE(fields, nullptr);
   ASSERT_EQ(fields->count, 28);
-  EXPECT_STREQ(fields->field_list[0].field_name, "Selection Name");
   const QXwFieldInfo& interfaces = fields->field_list[20];
   EXPECT_STREQ(interfaces.field_name, "TopM Interface List");
   EXPECT_EQ(interfaces.field_flags, static_cast<unsigned>(QXW_FIELD_FLAG_LIST));
@@ -189,6 +176,61 @@ TEST_F(DbTest, FieldDescriptionsAndConstants) {
   QXwDbFreeEnumConstants(vendors);
   EXPECT_EQ(QXwDbGetEnumConstants(Field("Rack")), nullptr);
   EXPECT_EQ(QXwError(), QXW_ERR_WRONG_TYPE);
+}
+
+TEST_F(DbTest, CollectionClausesMatchTextRegularExpressionsAndTypes) {
+  struct Case {
+    const char* clause;
+    std::vector<long> ids;  // {-1}: none, with `error`
+    int error = 0;
+  } cases[] = {
+      // as a wildcard search writes them: only objects that have the field
+      {R"(("IP Hostname" ~ "^.*$"))", {30, 31, 40}},
+      {R"(("IP Address" ~ "^10.1..*$"))", {20, 30, 31, 40, 41, 42, 43}},  // the dot: 10.11.5.1
+      {R"(("Selection Name" ~ "^$"))", {50}},
+      // an exact search never expands the star; a regular expression is not anchored
+      {R"(("Selection Name" = "*"))", {51}},
+      {R"(("Selection Name" ~ "rtr"))", {30, 31}},
+      {R"(("Selection Name" = "rtr"))", {-1}, QXW_ERR_NOT_FOUND},
+      // integers as decimal text, booleans as TRUE/FALSE, enumerations by name
+      {R"(("TopM Node ID" = "40"))", {41, 42}},
+      {R"(("TopM Node ID" = "4294967295"))", {43}},
+      {R"(("Rack" = "-1"))", {31}},
+      {R"(("isInterface" = "TRUE"))", {41, 42, 43}},
+      {R"(("isNode" = "FALSE"))", {-1}, QXW_ERR_NOT_FOUND},
+      {R"(("isSNMPSupported" ~ "^TR"))", {40}},
+      {R"(("vendor" ~ "^Glo"))", {40}},
+      // a list field matches when one of its elements does
+      {R"(("Aliases" = "beta"))", {50}},
+      // blanks around the parts are allowed; a quote inside the value is text
+      {R"( ( "Selection Name"   =  "rtr2" ) )", {31}},
+      {R"(("Selection Name" = "a"b"))", {-1}, QXW_ERR_NOT_FOUND},
+      {R"(("Colour" = "red"))", {-1}, QXW_ERR_NO_SUCH_FIELD},
+      {R"(("Selection Name" ~ "("))", {-1}, QXW_ERR_BAD_EXPRESSION},
+      {R"(("Selection Name" = rtr1))", {-1}, QXW_ERR_BAD_EXPRESSION},
+      {R"("Selection Name" = "rtr1")", {-1}, QXW_ERR_BAD_EXPRESSION},
+      {R"(("Selection Name" == "rtr1"))", {-1}, QXW_ERR_BAD_EXPRESSION},
+      {R"(("Selection Name" = "rtr1") x)", {-1}, QXW_ERR_BAD_EXPRESSION},
+      {"", {-1}, QXW_ERR_BAD_EXPRESSION},
+  };
+  auto evaluate = [](const char* clause, int* error) -> std::vector<long> {
+    QXwObjectIdList* list = skCollectionEvaluate(clause);
+    *error = list == nullptr ? QXwError() : 0;
+    if (list == nullptr) return {-1};
+    std::vector<long> ids(list->object_ids, list->object_ids + list->count);
+    QXwDbFreeObjectIdList(list);
+    return ids;
+  };
+  ASSERT_EQ(skCollectionOpen(), 1);
+  for (const Case& c : cases) {
+    int error = -1;
+    EXPECT_EQ(evaluate(c.clause, &error), c.ids) << c.clause;
+    EXPECT_EQ(error, c.error) << c.clause;
+  }
+  skCollectionDone();
+  int error = 0;
+  EXPECT_EQ(evaluate(R"(("Selection Name" = "rtr2"))", &error), std::vector<long>{-1});
+  EXPECT_EQ(error, QXW_ERR_NOT_OPEN);
 }
 
 }  // namespace
