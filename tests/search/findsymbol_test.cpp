@@ -183,23 +183,6 @@ TEST_F(ScopeTest, ClimbsThroughApplicationPlaneSymbolsAndMetaConnections) {
   }
 }
 
-TEST_F(ScopeTest, FetchesEachSubmapAndSymbolListOncePerOperation) {
-  skifftest::ResetCalls();
-  EXPECT_EQ(WithinScope(3, {3}, 1), 1);
-  EXPECT_EQ(skifftest::Calls("QXwGetSubmapInfo"), 0u);  // a root needs nothing
-
-  // Submap 4 climbs 4 -> 2 -> 1 and fails; submap 5 then climbs 5 -> 3.
-  EXPECT_EQ(WithinScope(4, {3}, 1), 0);
-  EXPECT_EQ(WithinScope(5, {3}, 1), 1);
-  EXPECT_EQ(skifftest::Calls("QXwGetSubmapInfo"), 4u);
-  EXPECT_EQ(skifftest::Calls("QXwGetSymbolsByObject"), 3u);  // objects 3, 1 and 4
-  skifftest::ResetCalls();
-  EXPECT_EQ(WithinScope(4, {3}, 1), 0);
-  EXPECT_EQ(WithinScope(9, {3}, 1), 0);
-  EXPECT_EQ(skifftest::Calls("QXwGetSubmapInfo"), 2u);       // 9 and 10, once each
-  EXPECT_EQ(skifftest::Calls("QXwGetSymbolsByObject"), 2u);  // objects 9 and 17
-}
-
 TEST_F(ScopeTest, IPInternetIsFoundByItsSelectionName) {
   EXPECT_EQ(FindSymbol::GetIPInternetSubmapId(session_.map()), 2u);
   skifftest::ControlOk(R"(set-field 1 "Selection Name" "Internet")");
