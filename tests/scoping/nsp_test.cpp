@@ -6,8 +6,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <map>
 #include <string>
 
@@ -15,11 +13,6 @@
 #include "tests/support/platform_session.h"
 
 namespace {
-
-std::string SearchMap() {
-  std::ifstream in(SKIFF_SOURCE_DIR "/java/test/resources/maps/search.json");
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
 
 class NSPTest : public testing::Test {
  protected:
@@ -39,7 +32,7 @@ class NSPTest : public testing::Test {
     return ids;
   }
 
-  skifftest::PlatformSession session_{SearchMap()};
+  skifftest::PlatformSession session_{skifftest::JavaTestMap("search.json")};
 };
 
 TEST_F(NSPTest, SynchronizationWritesEveryLocationThenEveryNetworkInOrder) {

@@ -5,8 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 
@@ -62,8 +60,7 @@ TEST(FindObjectTest, AQueryFitsWhenItsClauseFitsTheBuffer) {
 }
 
 TEST(FindObjectTest, NodeIsNamedByItsHostNameItsAddressOrAnInterfacesAddress) {
-  std::ifstream in(SKIFF_SOURCE_DIR "/java/test/resources/maps/search.json");
-  skifftest::PlatformSession session(std::string(std::istreambuf_iterator<char>(in), {}));
+  skifftest::PlatformSession session(skifftest::JavaTestMap("search.json"));
   ASSERT_TRUE(session.ok()) << session.error();
   QxwEventDispatcher::CacheFieldIds();
   struct Case {

@@ -8,8 +8,6 @@
 
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -137,11 +135,6 @@ TEST(FindSymbolTest, IteratorsVisitEachQualifyingSymbolOnceInListOrder) {
   EXPECT_EQ(cursor, 5);
 }
 
-std::string SearchMap() {
-  std::ifstream in(SKIFF_SOURCE_DIR "/java/test/resources/maps/search.json");
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
 class ScopeTest : public testing::Test {
  protected:
   void SetUp() override { ASSERT_TRUE(session_.ok()) << session_.error(); }
@@ -153,7 +146,7 @@ class ScopeTest : public testing::Test {
                                            restrict, &submaps_, &symbols_);
   }
 
-  skifftest::PlatformSession session_{SearchMap()};
+  skifftest::PlatformSession session_{skifftest::JavaTestMap("search.json")};
   QXwSubmapInfoHashtable submaps_;
   ObjectSymbolInfoHashtable symbols_;
 };

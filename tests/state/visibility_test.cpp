@@ -4,8 +4,6 @@
 // interface (51) lies on a segment without a child submap.
 #include <gtest/gtest.h>
 
-#include <fstream>
-#include <iterator>
 #include <set>
 #include <string>
 #include <vector>
@@ -16,11 +14,6 @@
 
 namespace {
 
-std::string InterfaceVisibilityMap() {
-  std::ifstream in(SKIFF_SOURCE_DIR "/java/test/resources/maps/interface-visibility.json");
-  return std::string(std::istreambuf_iterator<char>(in), {});
-}
-
 class VisibilityTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -30,7 +23,7 @@ class VisibilityTest : public testing::Test {
   }
   void TearDown() override { QxwEventDispatcher::SetMap(nullptr); }
 
-  skifftest::PlatformSession session_{InterfaceVisibilityMap()};
+  skifftest::PlatformSession session_{skifftest::JavaTestMap("interface-visibility.json")};
 };
 
 TEST_F(VisibilityTest, CollectsEachInterfacesSymbolsThenTheNetworkNodeSymbols) {

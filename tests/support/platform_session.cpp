@@ -12,10 +12,22 @@
 
 namespace skifftest {
 
-std::string TestMap(const std::string& name) {
-  std::ifstream in(std::string(SKIFF_TEST_MAPS) + "/" + name, std::ios::binary);
-  EXPECT_TRUE(in.good()) << "no test map " << name;
+namespace {
+
+std::string ReadMap(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  EXPECT_TRUE(in.good()) << "no test map " << path;
   return std::string(std::istreambuf_iterator<char>(in), {});
+}
+
+}  // namespace
+
+std::string TestMap(const std::string& name) {
+  return ReadMap(std::string(SKIFF_TEST_MAPS) + "/" + name);
+}
+
+std::string JavaTestMap(const std::string& name) {
+  return ReadMap(std::string(SKIFF_JAVA_TEST_MAPS) + "/" + name);
 }
 
 std::string WriteTempFile(const std::string& text, const std::string& suffix) {

@@ -14,6 +14,9 @@ namespace skifftest {
 
 // The text of a test map in tests/maps/.
 std::string TestMap(const std::string& name);
+// The text of a map of the Java tests (java/test/resources/maps/), which the
+// C++ tests share where they check the same map from below.
+std::string JavaTestMap(const std::string& name);
 
 // Writes `text` to a new file under the temporary directory; returns its path.
 std::string WriteTempFile(const std::string& text, const std::string& suffix = ".json");
