@@ -1,4 +1,6 @@
 // The platform's keyed table.
+#include <stdint.h>
+
 #include <algorithm>
 
 #include "platform/qxhash.h"
@@ -22,19 +24,19 @@ _Hash::~_Hash() {
   delete[] _buckets;
 }
 
-unsigned int _Hash::hash(uintptr_t key) {
+unsigned int _Hash::hash(unsigned long key) {
   return static_cast<unsigned int>(key ^ (static_cast<uint64_t>(key) >> 32));
 }
 
-int _Hash::keyCmp(uintptr_t tabKey, uintptr_t searchKey) { return tabKey != searchKey; }
+int _Hash::keyCmp(unsigned long tabKey, unsigned long searchKey) { return tabKey != searchKey; }
 
-int _Hash::dataCmp(uintptr_t a, uintptr_t b) { return a != b; }
+int _Hash::dataCmp(unsigned long a, unsigned long b) { return a != b; }
 
-_HashItem** _Hash::bucketOf(uintptr_t key) {
+_HashItem** _Hash::bucketOf(unsigned long key) {
   return &_buckets[hash(key) % static_cast<unsigned int>(_numBuckets)];
 }
 
-void _Hash::insert(uintptr_t key, uintptr_t data) {
+void _Hash::insert(unsigned long key, unsigned long data) {
   _HashItem** bucket = bucketOf(key);
   for (_HashItem* item = *bucket; item != nullptr; item = item->_next) {
     if (keyCmp(item->_key, key) == 0) {
@@ -64,14 +66,14 @@ void _Hash::grow() {
   delete[] old;
 }
 
-_HashItem* _Hash::find(uintptr_t key) {
+_HashItem* _Hash::find(unsigned long key) {
   for (_HashItem* item = *bucketOf(key); item != nullptr; item = item->_next) {
     if (keyCmp(item->_key, key) == 0) return item;
   }
   return nullptr;
 }
 
-int _Hash::remove(uintptr_t key) {
+int _Hash::remove(unsigned long key) {
   for (_HashItem** link = bucketOf(key); *link != nullptr; link = &(*link)->_next) {
     if (keyCmp((*link)->_key, key) == 0) {
       _HashItem* item = *link;
@@ -84,7 +86,7 @@ int _Hash::remove(uintptr_t key) {
   return 0;
 }
 
-int _Hash::isIn(uintptr_t key) { return find(key) != nullptr ? 1 : 0; }
+int _Hash::isIn(unsigned long key) { return find(key) != nullptr ? 1 : 0; }
 
 _HashIter::_HashIter(_Hash& table)
     : bucketIndex(0), tab(&table), curBucket(&table._buckets[0]), curSym(table._buckets[0]) {

@@ -2,21 +2,23 @@
 // one-word values. Subclasses override hash and keyCmp to key by something
 // other than the word itself (text, for example); the table hashes and
 // compares keys only through those virtual functions.
+//
+// A word is an unsigned long: as wide as a pointer on 32- and 64-bit Linux,
+// and the same type on both, so the library's exported names do not change
+// with the word size.
 #ifndef SKIFF_PLATFORM_QXHASH_H_
 #define SKIFF_PLATFORM_QXHASH_H_
-
-#include <stdint.h>
 
 class _HashIter;
 
 // One entry: the value, the key and the next entry of the same bucket.
 class _HashItem {
  public:
-  uintptr_t data() const { return _data; }
-  uintptr_t key() const { return _key; }
+  unsigned long data() const { return _data; }
+  unsigned long key() const { return _key; }
 
-  uintptr_t _data;
-  uintptr_t _key;
+  unsigned long _data;
+  unsigned long _key;
   _HashItem* _next;
 };
 
@@ -30,21 +32,21 @@ class _Hash {
   virtual ~_Hash();
 
   // The hash of a key; the base uses the key word itself.
-  virtual unsigned int hash(uintptr_t key);
+  virtual unsigned int hash(unsigned long key);
   // 0 when the key held by the table equals the key looked for; the base
   // compares the words.
-  virtual int keyCmp(uintptr_t tabKey, uintptr_t searchKey);
+  virtual int keyCmp(unsigned long tabKey, unsigned long searchKey);
   // 0 when two values are equal; the base compares the words.
-  virtual int dataCmp(uintptr_t a, uintptr_t b);
+  virtual int dataCmp(unsigned long a, unsigned long b);
 
   // Adds an entry, or replaces the value of the entry whose key is equal.
-  void insert(uintptr_t key, uintptr_t data);
+  void insert(unsigned long key, unsigned long data);
   // The entry whose key is equal, or null.
-  _HashItem* find(uintptr_t key);
+  _HashItem* find(unsigned long key);
   // Removes the entry whose key is equal; 1 if there was one.
-  int remove(uintptr_t key);
+  int remove(unsigned long key);
   // 1 when an entry with an equal key exists.
-  int isIn(uintptr_t key);
+  int isIn(unsigned long key);
   // The number of entries.
   int size() const { return _count; }
   // Ends the iteration mark set by a _HashIter.
@@ -58,7 +60,7 @@ class _Hash {
  private:
   friend class _HashIter;
 
-  _HashItem** bucketOf(uintptr_t key);
+  _HashItem** bucketOf(unsigned long key);
   void grow();
 
   _HashItem** _buckets;

@@ -3,7 +3,6 @@
 #ifndef SKIFF_TABLES_KEYEDTABLE_H_
 #define SKIFF_TABLES_KEYEDTABLE_H_
 
-#include <stdint.h>
 #include <stdlib.h>
 
 #include <memory>
@@ -26,8 +25,8 @@ using OwnedText = std::unique_ptr<char, FreeText>;
 
 // A pointer as a table word.
 template <class T>
-uintptr_t AsWord(T* pointer) {
-  return reinterpret_cast<uintptr_t>(pointer);
+unsigned long AsWord(T* pointer) {
+  return reinterpret_cast<unsigned long>(pointer);
 }
 
 // The value of `item` read as a pointer to T; null when there is no entry.

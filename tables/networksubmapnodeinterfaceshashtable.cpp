@@ -122,7 +122,7 @@ NetworkSubmapNodeInterfacesHashtable::Key NetworkSubmapNodeInterfacesHashtable::
   return key;
 }
 
-unsigned int NetworkSubmapNodeInterfacesHashtable::hash(uintptr_t key) {
+unsigned int NetworkSubmapNodeInterfacesHashtable::hash(unsigned long key) {
   std::string_view identity = KeyWithoutSymbolId(reinterpret_cast<const char*>(key));
   char text[kKeyBufferSize];
   size_t length = std::min(identity.size(), kKeyBufferSize - 1);
@@ -131,7 +131,7 @@ unsigned int NetworkSubmapNodeInterfacesHashtable::hash(uintptr_t key) {
   return _QXhash(text);
 }
 
-int NetworkSubmapNodeInterfacesHashtable::keyCmp(uintptr_t tabKey, uintptr_t searchKey) {
+int NetworkSubmapNodeInterfacesHashtable::keyCmp(unsigned long tabKey, unsigned long searchKey) {
   return KeyWithoutSymbolId(reinterpret_cast<const char*>(tabKey)) !=
          KeyWithoutSymbolId(reinterpret_cast<const char*>(searchKey));
 }

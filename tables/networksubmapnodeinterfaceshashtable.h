@@ -52,8 +52,8 @@ class NetworkSubmapNodeInterfacesHashtable : public _Hash {
                         QXwSymbolId networkNodeSymbolId);
   static Key GetHashKey(QXwObjectId networkObjectId, QXwObjectId nodeObjectId);
 
-  unsigned int hash(uintptr_t key) override;
-  int keyCmp(uintptr_t tabKey, uintptr_t searchKey) override;
+  unsigned int hash(unsigned long key) override;
+  int keyCmp(unsigned long tabKey, unsigned long searchKey) override;
 
   const QXwFieldId m_isInterfaceFieldId;
   const QXwFieldId m_TopMNodeIdFieldId;

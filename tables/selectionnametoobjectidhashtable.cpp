@@ -40,10 +40,10 @@ void SelectionNameToObjectIdHashtable::Remove(const char* selectionName) {
   remove(skiff::AsWord(selectionName));
 }
 
-unsigned int SelectionNameToObjectIdHashtable::hash(uintptr_t key) {
+unsigned int SelectionNameToObjectIdHashtable::hash(unsigned long key) {
   return _QXhash(reinterpret_cast<const char*>(key));
 }
 
-int SelectionNameToObjectIdHashtable::keyCmp(uintptr_t tabKey, uintptr_t searchKey) {
+int SelectionNameToObjectIdHashtable::keyCmp(unsigned long tabKey, unsigned long searchKey) {
   return strcmp(reinterpret_cast<const char*>(tabKey), reinterpret_cast<const char*>(searchKey));
 }

@@ -24,8 +24,8 @@ class SelectionNameToObjectIdHashtable : public _Hash {
   void Remove(const char* selectionName);
 
  private:
-  unsigned int hash(uintptr_t key) override;
-  int keyCmp(uintptr_t tabKey, uintptr_t searchKey) override;
+  unsigned int hash(unsigned long key) override;
+  int keyCmp(unsigned long tabKey, unsigned long searchKey) override;
 };
 
 #endif  // SKIFF_TABLES_SELECTIONNAMETOOBJECTIDHASHTABLE_H_

@@ -61,8 +61,8 @@ TEST(CommonTest, HashSpreadsNetworkNodeKeysOverBuckets) {
 }
 
 // The table's entries as its iterator visits them, each once.
-std::map<uintptr_t, uintptr_t> Contents(_Hash& table) {
-  std::map<uintptr_t, uintptr_t> seen;
+std::map<unsigned long, unsigned long> Contents(_Hash& table) {
+  std::map<unsigned long, unsigned long> seen;
   _HashIter it(table);
   EXPECT_EQ(table.isIterating(), 1);
   for (_HashItem* item = it(); item != nullptr; item = ++it) {
@@ -76,9 +76,9 @@ TEST(HashTest, KeepsEveryEntryThroughGrowthAndRemoval) {
   _Hash table(50, 3, 3, 0.333f);
   EXPECT_TRUE(Contents(table).empty());
   EXPECT_EQ(table.isIterating(), 0);
-  std::map<uintptr_t, uintptr_t> expected;
+  std::map<unsigned long, unsigned long> expected;
   // Far past the first growth (50 buckets at a load of 0.333).
-  for (uintptr_t k = 1; k <= 5000; ++k) table.insert(k * 7919, expected[k * 7919] = k);
+  for (unsigned long k = 1; k <= 5000; ++k) table.insert(k * 7919, expected[k * 7919] = k);
   table.insert(7919, 71);  // a present key: the value is replaced
   expected[7919] = 71;
   EXPECT_EQ(table.remove(40 * 7919), 1);
@@ -96,14 +96,16 @@ TEST(HashTest, KeepsEveryEntryThroughGrowthAndRemoval) {
 class TextTable : public _Hash {
  public:
   TextTable() : _Hash(50, 3, 3, 0.333f) {}
-  unsigned int hash(uintptr_t key) override { return _QXhash(reinterpret_cast<const char*>(key)); }
-  int keyCmp(uintptr_t tabKey, uintptr_t searchKey) override {
+  unsigned int hash(unsigned long key) override {
+    return _QXhash(reinterpret_cast<const char*>(key));
+  }
+  int keyCmp(unsigned long tabKey, unsigned long searchKey) override {
     return std::strcmp(reinterpret_cast<const char*>(tabKey),
                        reinterpret_cast<const char*>(searchKey));
   }
 };
 
-uintptr_t Word(const std::string& s) { return reinterpret_cast<uintptr_t>(s.c_str()); }
+unsigned long Word(const std::string& s) { return reinterpret_cast<unsigned long>(s.c_str()); }
 
 TEST(HashTest, OverridesDecideEqualityAndPlacementThroughGrowth) {
   TextTable table;
