@@ -1,0 +1,72 @@
+package com.quenda.skiff.trellis.server;
+
+import static org.junit.jupiter.api.Assertions.assertEquals;
+import static org.junit.jupiter.api.Assertions.assertTrue;
+
+import java.util.List;
+import org.junit.jupiter.api.Test;
+
+/**
+ * Ids of 2^31 and above, on high-ids.json: Java holds them as the ints with the same 32 bits
+ * (negative), and they reach the platform and come back intact through requests, the id lists
+ * the state changes fetch, answers and map events.
+ */
+class HighIdsTest extends OneSessionTest {
+    static final int SITE = (int) 2147483648L;
+    static final int SITE_SYMBOL = (int) 2147483649L;
+    static final int FAR = (int) 4294967295L;
+    static final int HOST = (int) 3000000000L;
+    static final int HOST_SYMBOL = (int) 4294967294L;
+    static final int PEER = (int) 4000000000L;
+    static final int PEER_SYMBOL = (int) 3000000002L;
+    static final int LINK_SYMBOL = (int) 3000000001L;
+
+    private static List<String> logOf(Runnable request) {
+        int before = dispatcher.log().size();
+        request.run();
+        List<String> log = dispatcher.log();
+        return log.subList(before, log.size()).stream()
+                .filter(e -> !e.startsWith("qxwdbObjectFieldValuesInCache")
+                        && !e.startsWith("setQxwdbObjectFieldValues"))
+                .toList();
+    }
+
+    @Test
+    void requestsAndAnswersCarryThemIntact() throws Exception {
+        assertEquals(List.of("addSubmap(-2147483648, -1, Far, 0, false, )",
+                "addNodeSymbol(-2, -1, far-host, , Computer:Workstation, 2, 0, -1294967296, 0,"
+                        + " false, 1, 1, 2, 0, 0)",
+                "addNodeSymbol(-1294967294, -1, peer-host, , Computer:Workstation, 2, 0,"
+                        + " -294967296, 0, false, 2, 0, 0, -2, 0)",
+                "addConnectionSymbol(-1294967295, -1, , Connection:IP, 2, 0, -1294967293, 0,"
+                        + " false, -2, -1294967294)"),
+                logOf(() -> assertTrue(client.getSubmapAndSymbols(FAR))));
+        assertEquals(List.of("getSymbolRowData(-2, -1294967296, 0)"),
+                logOf(() -> assertTrue(client.getSymbolRowData(HOST_SYMBOL, HOST, 0))));
+        assertEquals(List.of(new FoundSymbol("far-host", "Far", "far-host", HOST, HOST_SYMBOL,
+                FAR, "Computer:Workstation", 0)), client.getMatchingSymbols(
+                        FoundSymbol.Category.OBJECTNAME, FoundSymbol.MatchType.MATCH_EXACTLY,
+                        "far-host"));
+        assertEquals(List.of(SITE_SYMBOL, PEER_SYMBOL), client.getSymbolParentPath(PEER_SYMBOL,
+                FAR));
+    }
+
+    @Test
+    void stateChangesReachTheirObjectsAndEventsComeBack() throws Exception {
+        client.setAcknowledgeState(new int[] {HOST, PEER}, true);
+        client.setSymbolVisibilityState(new int[] {LINK_SYMBOL}, true);
+        control.ok("sync");
+        MapDump map = MapDump.of(control);
+        assertEquals(List.of(true, true, false), List.of(map.acknowledged(3000000000L),
+                map.acknowledged(4000000000L), map.acknowledged(2147483648L)));
+        assertTrue(map.hidden(3000000001L));
+        // The deletion refreshes the positions on the submap: placement 2 reports its
+        // predecessor as x too.
+        assertEquals(List.of("symbolStatusChangeCB(-2, -1, 3, true)", "beginMapSync()",
+                "submapInCache(-1)", "symbolDeletedCB(-1294967295, -1, false)",
+                "symbolMovedCB(-2, -1, 1, 1, 2, 0, false, true, true)",
+                "symbolMovedCB(-1294967294, -1, 2, -2, 0, -2, false, false, true)",
+                "synchronizeLayoutAppearance(-1)", "endMapSync()"),
+                callbacks("status 3 4294967294", "delete-symbols 3000000001"));
+    }
+}
