@@ -3,7 +3,7 @@ package com.quenda.skiff.trellis;
 /** Look-ups the server's protocols need from the system. */
 public final class TrellisProtocol {
     static {
-        System.loadLibrary("skiffqxw");
+        NativeLibrary.load();
     }
 
     private TrellisProtocol() {}

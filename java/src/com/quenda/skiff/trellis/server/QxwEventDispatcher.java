@@ -1,5 +1,6 @@
 package com.quenda.skiff.trellis.server;
 
+import com.quenda.skiff.trellis.NativeLibrary;
 import java.util.ArrayList;
 import java.util.HashMap;
 import java.util.HashSet;
@@ -34,7 +35,7 @@ import java.util.function.Supplier;
  */
 public class QxwEventDispatcher {
     static {
-        System.loadLibrary("skiffqxw");
+        NativeLibrary.load();
     }
 
     // The mirror. Written on the dispatcher thread under the write lock, which it also holds from

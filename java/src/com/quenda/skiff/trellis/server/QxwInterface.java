@@ -1,5 +1,6 @@
 package com.quenda.skiff.trellis.server;
 
+import com.quenda.skiff.trellis.NativeLibrary;
 import java.util.List;
 import java.util.Map;
 import java.util.Set;
@@ -20,7 +21,7 @@ import java.util.function.Function;
  */
 public class QxwInterface {
     static {
-        System.loadLibrary("skiffqxw");
+        NativeLibrary.load();
     }
 
     /** What the dispatcher's connect reported. */

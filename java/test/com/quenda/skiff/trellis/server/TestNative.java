@@ -1,5 +1,6 @@
 package com.quenda.skiff.trellis.server;
 
+import com.quenda.skiff.trellis.NativeLibrary;
 import java.nio.charset.StandardCharsets;
 import java.util.Properties;
 
@@ -10,7 +11,7 @@ import java.util.Properties;
  */
 final class TestNative {
     static {
-        System.loadLibrary("skiffqxw");
+        NativeLibrary.load();
         System.loadLibrary("skiffqxwtest");
     }
 
