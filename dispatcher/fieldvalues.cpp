@@ -1,13 +1,13 @@
 // Object field values: the tool-tip fields of an object, rendered as text and
 // handed to Java as a java.util.Properties.
 #include "dispatcher/fieldvalues.h"
-#include "bridge/platformrecords.h"
 
 #include <array>
 #include <cstdio>
 #include <memory>
 #include <string>
 
+#include "bridge/platformrecords.h"
 #include "bridge/properties.h"
 #include "bridge/text.h"
 #include "bridge/tracescope.h"
@@ -42,19 +42,36 @@ void RenderInterfaceList(const QXwListFieldValue* list, std::vector<ToolTipPrope
 
 }  // namespace
 
-std::vector<ToolTipProperty> RenderToolTipFields(const QXwFieldBindList& bindings, bool isLargeDb) {
+bool ToolTipFields::Contains(QXwFieldId fieldId) const {
+  for (QXwFieldId field : fields) {
+    if (field == fieldId) return true;
+  }
+  return false;
+}
+
+ToolTipFields ToolTipFieldsOf(const FieldIds& ids) {
+  return ToolTipFields{
+      {ids.selectionName, ids.ipAddress, ids.snmpIfPhysAddr, ids.ipSubnetMask, ids.snmpSysObjectId,
+       ids.snmpSysLocation, ids.snmpSysDescr, ids.snmpSysContact, ids.vendor, ids.snmpAgent,
+       ids.isSnmpProxied, ids.isSnmpSupported, ids.isNormalized, ids.topMInterfaceList},
+      ids.topMInterfaceList};
+}
+
+std::vector<ToolTipProperty> RenderToolTipFields(const QXwFieldBindList& bindings,
+                                                 const ToolTipFields& toolTipFields,
+                                                 bool isLargeDb) {
   std::vector<ToolTipProperty> properties;
   for (int i = 0; i < bindings.count; ++i) {
     const QXwFieldBinding& binding = bindings.fields[i];
     const QXwFieldValue* value = binding.field_val;
-    if (value == nullptr || !QxwEventDispatcher::IsToolTipField(binding.field_id)) continue;
+    if (value == nullptr || !toolTipFields.Contains(binding.field_id)) continue;
     const QXwFieldInfo* info = GetFieldInfo(binding.field_id);
     if (info == nullptr) continue;
     const char* name = info->field_name;
     if (value->is_list) {
       // Of the list fields only the interface list is shown, and not on a
       // large database.
-      if (!isLargeDb && binding.field_id == QxwEventDispatcher::s_TopMInterfaceListFieldId) {
+      if (!isLargeDb && binding.field_id == toolTipFields.interfaceList) {
         RenderInterfaceList(StringListValue(value), properties);
       }
       continue;
@@ -86,20 +103,22 @@ std::vector<ToolTipProperty> RenderToolTipFields(const QXwFieldBindList& binding
 
 }  // namespace skiff
 
+namespace {
+
+// The session's tool-tip fields: the fourteen as the first call found them,
+// after CacheFieldIds (that table is never refreshed), and the interface
+// list's id as cached now.
+skiff::ToolTipFields SessionToolTipFields() {
+  static const std::array<QXwFieldId, 14> table =
+      skiff::ToolTipFieldsOf(QxwEventDispatcher::SessionFieldIds()).fields;
+  return skiff::ToolTipFields{table, QxwEventDispatcher::s_TopMInterfaceListFieldId};
+}
+
+}  // namespace
+
 bool QxwEventDispatcher::IsToolTipField(QXwFieldId fieldId) {
   SKIFF_TRACE("QxwEventDispatcher::IsToolTipField");
-  // Filled by the first call, which comes after CacheFieldIds: the table is
-  // never refreshed.
-  static const std::array<QXwFieldId, 14> toolTipFields = {
-      s_SelectionNameFieldId, s_IPAddressFieldId,        s_SNMPifPhysAddrFieldId,
-      s_IPSubnetMaskFieldId,  s_SNMPsysObjectIDFieldId,  s_SNMPsysLocationFieldId,
-      s_SNMPsysDescrFieldId,  s_SNMPsysContactFieldId,   s_vendorFieldId,
-      s_SNMPAgentFieldId,     s_isSNMPProxiedFieldId,    s_isSNMPSupportedFieldId,
-      s_isNormalizedFieldId,  s_TopMInterfaceListFieldId};
-  for (QXwFieldId toolTipField : toolTipFields) {
-    if (toolTipField == fieldId) return true;
-  }
-  return false;
+  return SessionToolTipFields().Contains(fieldId);
 }
 
 skiff::jni::LocalRef<jobject> QxwEventDispatcher::GetObjectFieldValues(JNIEnv* pEnv,
@@ -112,7 +131,7 @@ skiff::jni::LocalRef<jobject> QxwEventDispatcher::GetObjectFieldValues(JNIEnv* p
   skiff::FieldBindListPtr bindings(QXwDbGetFieldValues(objectId));
   if (bindings == nullptr) return properties;
   for (const skiff::ToolTipProperty& property :
-       skiff::RenderToolTipFields(*bindings, skiff::IsLargeDb())) {
+       skiff::RenderToolTipFields(*bindings, SessionToolTipFields(), skiff::IsLargeDb())) {
     LocalRef<jstring> key = skiff::jni::NewUtf8String(pEnv, property.key);
     LocalRef<jstring> value =
         property.isPlatformText ? LocalRef<jstring>(pEnv, mb2jstring(pEnv, property.value.c_str()))

@@ -32,7 +32,7 @@ sockaddr_in QxwEventDispatcher::m_JavaCallbackSocketName{};
 SKIFF_DISPATCHER_JAVA_METHODS(SKIFF_DEFINE_JAVA_METHOD)
 #undef SKIFF_DEFINE_JAVA_METHOD
 
-#define SKIFF_DEFINE_FIELD_ID(member, fieldName) QXwFieldId QxwEventDispatcher::member = 0;
+#define SKIFF_DEFINE_FIELD_ID(member, name, fieldName) QXwFieldId QxwEventDispatcher::member = 0;
 SKIFF_DISPATCHER_FIELDS(SKIFF_DEFINE_FIELD_ID)
 #undef SKIFF_DEFINE_FIELD_ID
 
@@ -139,9 +139,18 @@ bool QxwEventDispatcher::OnDispatcherThread() {
 
 void QxwEventDispatcher::CacheFieldIds() {
   SKIFF_TRACE("QxwEventDispatcher::CacheFieldIds");
-#define SKIFF_INITIALIZE_FIELD(member, fieldName) InitializeField(&member, fieldName);
-  SKIFF_DISPATCHER_FIELDS(SKIFF_INITIALIZE_FIELD)
-#undef SKIFF_INITIALIZE_FIELD
+  const skiff::FieldIds ids = skiff::ResolveFieldIds();
+#define SKIFF_STORE_FIELD_ID(member, name, fieldName) member = ids.name;
+  SKIFF_DISPATCHER_FIELDS(SKIFF_STORE_FIELD_ID)
+#undef SKIFF_STORE_FIELD_ID
+}
+
+skiff::FieldIds QxwEventDispatcher::SessionFieldIds() {
+  skiff::FieldIds ids;
+#define SKIFF_LOAD_FIELD_ID(member, name, fieldName) ids.name = member;
+  SKIFF_DISPATCHER_FIELDS(SKIFF_LOAD_FIELD_ID)
+#undef SKIFF_LOAD_FIELD_ID
+  return ids;
 }
 
 bool QxwEventDispatcher::InitializeField(QXwFieldId* pFieldId, const char* fieldName) {

@@ -17,6 +17,7 @@
 
 #include "bridge/javacall.h"
 #include "bridge/platformrecords.h"
+#include "dispatcher/fieldids.h"
 #include "platform/qxw.h"
 #include "platform/qxwdb.h"
 #include "search/findobject.h"
@@ -78,28 +79,6 @@ class SubmapSymbolInfoHashtable;
   X(scopingInterfacesCreatedCB, "([I[I)V", Instance)                                             \
   X(scopingInterfacesDeletedCB, "([I)V", Instance)
 
-// The database fields whose ids Connect caches, in the order it resolves
-// them: X(member, field name). The first fourteen are the tool-tip fields.
-#define SKIFF_DISPATCHER_FIELDS(X)                     \
-  X(s_SelectionNameFieldId, "Selection Name")          \
-  X(s_IPAddressFieldId, "IP Address")                  \
-  X(s_SNMPifPhysAddrFieldId, "SNMP ifPhysAddr")        \
-  X(s_IPSubnetMaskFieldId, "IP Subnet Mask")           \
-  X(s_SNMPsysObjectIDFieldId, "SNMP sysObjectID")      \
-  X(s_SNMPsysLocationFieldId, "SNMP sysLocation")      \
-  X(s_SNMPsysDescrFieldId, "SNMP sysDescr")            \
-  X(s_SNMPsysContactFieldId, "SNMP sysContact")        \
-  X(s_vendorFieldId, "vendor")                         \
-  X(s_SNMPAgentFieldId, "SNMPAgent")                   \
-  X(s_isSNMPProxiedFieldId, "isSNMPProxied")           \
-  X(s_isSNMPSupportedFieldId, "isSNMPSupported")       \
-  X(s_isNormalizedFieldId, "isNormalized")             \
-  X(s_TopMInterfaceListFieldId, "TopM Interface List") \
-  X(s_isInterfaceFieldId, "isInterface")               \
-  X(s_TopMNodeIdFieldId, "TopM Node ID")               \
-  X(s_TopMSegmentIdFieldId, "TopM Segment ID")         \
-  X(s_TopMNetworkIdFieldId, "TopM Network ID")
-
 class QxwEventDispatcher {
  public:
   QxwEventDispatcher() = delete;
@@ -130,7 +109,7 @@ class QxwEventDispatcher {
   SKIFF_DISPATCHER_JAVA_METHODS(SKIFF_DECLARE_JAVA_METHOD)
 #undef SKIFF_DECLARE_JAVA_METHOD
 
-#define SKIFF_DECLARE_FIELD_ID(member, fieldName) static QXwFieldId member;
+#define SKIFF_DECLARE_FIELD_ID(member, name, fieldName) static QXwFieldId member;
   SKIFF_DISPATCHER_FIELDS(SKIFF_DECLARE_FIELD_ID)
 #undef SKIFF_DECLARE_FIELD_ID
 
@@ -177,8 +156,11 @@ class QxwEventDispatcher {
   // thread would wait on itself). Any thread.
   static bool OnDispatcherThread();
 
-  // Resolves the database fields' ids; a field the database lacks keeps id 0.
+  // Resolves the database fields' ids (skiff::ResolveFieldIds) into the
+  // s_*FieldId members; a field the database lacks keeps id 0.
   static void CacheFieldIds();
+  // The ids CacheFieldIds stored, as one value.
+  static skiff::FieldIds SessionFieldIds();
   // Stores the field's id in *pFieldId; false, with a message, when the
   // database has no such field.
   static bool InitializeField(QXwFieldId* pFieldId, const char* fieldName);

@@ -9,6 +9,7 @@
 #include "dispatcher/main.h"
 #include "search/findobject.h"
 #include "search/findsymbol.h"
+#include "search/nodebyaddress.h"
 #include "tables/idsets.h"
 
 using skiff::jni::LocalRef;
@@ -49,26 +50,6 @@ void QxwEventDispatcher::AddFoundSymbolInfo(JNIEnv* pEnv, const char* symbolLabe
 char* QxwEventDispatcher::GetNodeSelectionNameGivenHostnameOrIPAddress(
     const char* hostnameOrIPAddress) {
   SKIFF_TRACE("QxwEventDispatcher::GetNodeSelectionNameGivenHostnameOrIPAddress");
-  QXwObjectId nodeObjectId = QXwDbHostnameToObjectId(hostnameOrIPAddress);
-  if (nodeObjectId == 0) {
-    // The interfaces that carry the address, and the first of their nodes
-    // that can be read.
-    QXwFieldValue address{};
-    address.field_type = QXW_FIELD_STRING;
-    address.un.string_val = const_cast<char*>(hostnameOrIPAddress);
-    QXwFieldValue isInterface{};
-    isInterface.field_type = QXW_FIELD_BOOLEAN;
-    isInterface.un.bool_val = 1;
-    QXwFieldBinding bindings[] = {{s_IPAddressFieldId, &address},
-                                  {s_isInterfaceFieldId, &isInterface}};
-    QXwFieldBindList selector{2, bindings};
-    skiff::ObjectIdListPtr interfaces(QXwDbListObjectsByFieldValues(&selector));
-    for (int i = 0; interfaces != nullptr && i < interfaces->count; ++i) {
-      const int node = QXwDbGetFieldIntegerValue(interfaces->object_ids[i], s_TopMNodeIdFieldId);
-      if (node == -1) continue;  // unreadable
-      nodeObjectId = static_cast<QXwObjectId>(node);
-      break;
-    }
-  }
-  return nodeObjectId != 0 ? QXwDbObjectIdToSelectionName(nodeObjectId) : nullptr;
+  return skiff::search::NodeSelectionNameByHostnameOrIPAddress(hostnameOrIPAddress,
+                                                               SessionFieldIds());
 }

@@ -13,7 +13,8 @@ void QxwEventDispatcher::DeleteAllSymbolsForObjects(int numObjects) {
       m_getDeleteSymbolsObjectIds, /*passesCount=*/false,
       "In QxwEventDispatcher::DeleteAllSymbolsForObjects: numObjects=%d\n",
       "QxwEventDispatcher::DeleteAllSymbolsForObjects failed, numObjects=%d, arraySize=%d\n"};
-  std::optional<std::vector<QXwObjectId>> objectIds = skiff::state::FetchIds(fetch, numObjects);
+  std::optional<std::vector<QXwObjectId>> objectIds = skiff::state::FetchIds(
+      {skiff::jni::AttachedEnv(), Peer(), m_doUseVerboseMode != 0}, fetch, numObjects);
   if (!objectIds) return;
   for (QXwObjectId objectId : *objectIds) {
     // Read just before deleting, so that each object loses the symbols it has

@@ -4,18 +4,18 @@
 
 #include "bridge/arrays.h"
 #include "bridge/tracescope.h"
-#include "dispatcher/main.h"
 #include "platform/qxw.h"
 
 namespace skiff::state {
 
-std::optional<std::vector<uint32_t>> FetchIds(const IdFetch& fetch, int count, int state) {
+std::optional<std::vector<uint32_t>> FetchIds(const IdSource& source, const IdFetch& fetch,
+                                              int count, int state) {
   SKIFF_TRACE("skiff::state::FetchIds");
-  JNIEnv* pEnv = jni::AttachedEnv();
-  const bool verbose = QxwEventDispatcher::m_doUseVerboseMode != 0;
+  JNIEnv* pEnv = source.pEnv;
+  const bool verbose = source.verbose;
   if (verbose) std::fprintf(stderr, fetch.entryFormat, count, state);
 
-  const jni::JavaPeer* peer = QxwEventDispatcher::Peer();
+  const jni::JavaPeer* peer = source.peer;
   jni::LocalRef<jintArray> array =
       fetch.passesCount
           ? jni::CallObject<jintArray>(pEnv, peer, fetch.callback, static_cast<jint>(count))

@@ -31,10 +31,20 @@ struct IdFetch {
   const char* arrayLineFormat = nullptr;
 };
 
-// Asks the Java dispatcher object for `count` ids, in the order it gives
+// Where the ids come from, and whether the verbose lines are written.
+struct IdSource {
+  // The calling thread's JNI environment.
+  JNIEnv* pEnv;
+  // The Java dispatcher object to ask.
+  const jni::JavaPeer* peer;
+  bool verbose;
+};
+
+// Asks the source's Java dispatcher object for `count` ids, in the order it gives
 // them. Nothing when the ids cannot be had (the failure line is then
 // written): an operation that gets nothing changes nothing.
-std::optional<std::vector<uint32_t>> FetchIds(const IdFetch& fetch, int count, int state = 0);
+std::optional<std::vector<uint32_t>> FetchIds(const IdSource& source, const IdFetch& fetch,
+                                              int count, int state = 0);
 
 // The platform's view of an id vector; valid while the vector is unchanged.
 QXwObjectIdList ObjectIdList(std::vector<QXwObjectId>& objectIds);

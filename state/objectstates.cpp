@@ -18,7 +18,8 @@ void QxwEventDispatcher::SetAcknowledgeState(int numObjs, int doAcknowledge) {
                       "QxwEventDispatcher::SetAcknowledgeState failed, numObjs=%d, objSize=%d\n",
                       "QxwEventDispatcher::SetAcknowledgeState, objectList %d is %d\n",
                       "QxwEventDispatcher::SetAcknowledgeState, objectsArray %d is %d\n"};
-  std::optional<std::vector<QXwObjectId>> objectIds = FetchIds(fetch, numObjs);
+  std::optional<std::vector<QXwObjectId>> objectIds =
+      FetchIds({skiff::jni::AttachedEnv(), Peer(), m_doUseVerboseMode != 0}, fetch, numObjs);
   if (!objectIds) return;
   QXwObjectIdList objectList = skiff::state::ObjectIdList(*objectIds);
   if (QXwSetObjectAckState(m_pMap, &objectList, doAcknowledge) != 0) {
@@ -34,7 +35,8 @@ void QxwEventDispatcher::SetManageState(int numObjs, int doManage) {
                       "QxwEventDispatcher::SetManageState failed, numObjs=%d, objSize=%d\n",
                       "QxwEventDispatcher::SetManageState, objectList %d is %d\n",
                       "QxwEventDispatcher::SetManageState, objectsArray %d is %d\n"};
-  std::optional<std::vector<QXwObjectId>> objectIds = FetchIds(fetch, numObjs);
+  std::optional<std::vector<QXwObjectId>> objectIds =
+      FetchIds({skiff::jni::AttachedEnv(), Peer(), m_doUseVerboseMode != 0}, fetch, numObjs);
   if (!objectIds) return;
   QXwObjectIdList objectList = skiff::state::ObjectIdList(*objectIds);
   if (doManage == 1) {

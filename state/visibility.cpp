@@ -69,55 +69,20 @@ bool RelevantInterfacesShareVisibility(const QXwObjectIdList& relevantInterfaceO
   return true;
 }
 
-void SetSymbolsVisibility(std::vector<QXwSymbolId>& symbolIds, int doSetHidden) {
-  QXwSymbolIdList symbolIdList = skiff::state::SymbolIdList(symbolIds);
-  if (QXwSetSymbolsVisibility(QxwEventDispatcher::m_pMap, &symbolIdList, doSetHidden) != 0) {
-    std::fprintf(stderr, "QXwSetSymbolsVisibility failed: %s\n", skiff::state::PlatformErrorText());
-  }
-}
-
-}  // namespace
-
-void QxwEventDispatcher::SetSymbolVisibilityState(int numSymbols, int doSetHidden) {
-  SKIFF_TRACE("QxwEventDispatcher::SetSymbolVisibilityState");
-  const IdFetch fetch{
-      m_getVisibilityStateSymbolIds, /*passesCount=*/false,
-      "In QxwEventDispatcher::SetSymbolVisibilityState: numSymbols=%d doSetHidden=%d\n",
-      "QxwEventDispatcher::SetSymbolVisibilityState failed, numSymbols=%d, arraySize=%d\n"};
-  std::optional<std::vector<QXwSymbolId>> symbolIds = FetchIds(fetch, numSymbols, doSetHidden);
-  if (symbolIds) SetSymbolsVisibility(*symbolIds, doSetHidden);
-}
-
-void QxwEventDispatcher::SetInterfaceAndNodeVisibilityState(int numInterfaceObjects,
-                                                            int doSetHidden) {
-  SKIFF_TRACE("QxwEventDispatcher::SetInterfaceAndNodeVisibilityState");
-  const IdFetch fetch{m_getInterfaceAndNodeVisibilityStateObjectIds, /*passesCount=*/false,
-                      "In QxwEventDispatcher::SetInterfaceAndNodeVisibilityState: "
-                      "numInterfaceObjects=%d doSetHidden=%d\n",
-                      "QxwEventDispatcher::SetInterfaceAndNodeVisibilityState failed, "
-                      "numInterfaceObjects=%d, arraySize=%d\n"};
-  std::optional<std::vector<QXwObjectId>> interfaceObjectIds =
-      FetchIds(fetch, numInterfaceObjects, doSetHidden);
-  if (!interfaceObjectIds) return;
-  std::vector<QXwSymbolId> visibilitySymbolIds;
-  if (skiff::state::CollectInterfaceAndNodeVisibilitySymbols(*interfaceObjectIds, doSetHidden,
-                                                             &visibilitySymbolIds)) {
-    // Also when there is nothing to change: the platform gets one call per
-    // request.
-    SetSymbolsVisibility(visibilitySymbolIds, doSetHidden);
-  }
-}
-
-void QxwEventDispatcher::GetAssociatedIPMapSymbolsInvolvedInVisibilityChange(
-    QXwObjectId interfaceObjectId, QXwObjectId nodeObjectId, QXwObjectId segmentObjectId,
-    QXwObjectId networkObjectId, QXwChildSubmapIdHashtable* pChildSubmapIdHashtable,
-    ObjectSymbolInfoHashtable* pSymbolInfoHashtable, QXwSymbolId* pInterfaceSymbolId,
-    QXwSymbolId* pSegmentNodeSymbolId, QXwSymbolId* pNetworkNodeSymbolId) {
-  SKIFF_TRACE("QxwEventDispatcher::GetAssociatedIPMapSymbolsInvolvedInVisibilityChange");
+// QxwEventDispatcher::GetAssociatedIPMapSymbolsInvolvedInVisibilityChange on
+// the map pMap, with its trace lines when verbose.
+void FindInterfaceAndNodeSymbols(QXwMapInfo* pMap, bool verbose, QXwObjectId interfaceObjectId,
+                                 QXwObjectId nodeObjectId, QXwObjectId segmentObjectId,
+                                 QXwObjectId networkObjectId,
+                                 QXwChildSubmapIdHashtable* pChildSubmapIdHashtable,
+                                 ObjectSymbolInfoHashtable* pSymbolInfoHashtable,
+                                 QXwSymbolId* pInterfaceSymbolId, QXwSymbolId* pSegmentNodeSymbolId,
+                                 QXwSymbolId* pNetworkNodeSymbolId) {
+  SKIFF_TRACE("FindInterfaceAndNodeSymbols");
   const QXwSubmapId segmentSubmapId =
-      pChildSubmapIdHashtable->GetChildSubmapId(m_pMap, segmentObjectId);
+      pChildSubmapIdHashtable->GetChildSubmapId(pMap, segmentObjectId);
   const QXwSubmapId networkSubmapId =
-      pChildSubmapIdHashtable->GetChildSubmapId(m_pMap, networkObjectId);
+      pChildSubmapIdHashtable->GetChildSubmapId(pMap, networkObjectId);
   if (segmentSubmapId == 0) {
     std::fprintf(stderr,
                  "QxwEventDispatcher::GetAssociatedIPMapSymbolsInvolvedInVisibilityChange "
@@ -126,9 +91,9 @@ void QxwEventDispatcher::GetAssociatedIPMapSymbolsInvolvedInVisibilityChange(
     return;
   }
   const QXwSymbolList* pInterfaceSymbolList =
-      pSymbolInfoHashtable->GetSymbolList(m_pMap, interfaceObjectId);
-  const QXwSymbolList* pNodeSymbolList = pSymbolInfoHashtable->GetSymbolList(m_pMap, nodeObjectId);
-  const QXwSubmapId nodeSubmapId = pChildSubmapIdHashtable->GetChildSubmapId(m_pMap, nodeObjectId);
+      pSymbolInfoHashtable->GetSymbolList(pMap, interfaceObjectId);
+  const QXwSymbolList* pNodeSymbolList = pSymbolInfoHashtable->GetSymbolList(pMap, nodeObjectId);
+  const QXwSubmapId nodeSubmapId = pChildSubmapIdHashtable->GetChildSubmapId(pMap, nodeObjectId);
 
   if (pInterfaceSymbolList != nullptr) {
     for (int i = 0; i < pInterfaceSymbolList->count; ++i) {
@@ -154,7 +119,7 @@ void QxwEventDispatcher::GetAssociatedIPMapSymbolsInvolvedInVisibilityChange(
       if (segmentNodeSymbolFound && networkNodeSymbolFound) break;
     }
   }
-  if (m_doUseVerboseMode) {
+  if (verbose) {
     std::fprintf(stderr,
                  "QxwEventDispatcher::GetAssociatedIPMapSymbolsInvolvedInVisibilityChange\n"
                  " interfaceObjectId:%d nodeObjectId:%d segmentObjectId:%d networkObjectId:%d\n"
@@ -166,13 +131,15 @@ void QxwEventDispatcher::GetAssociatedIPMapSymbolsInvolvedInVisibilityChange(
   }
 }
 
-QXwBoolean QxwEventDispatcher::DoSetNetworkSubmapNodeSymbolHidden(
-    QXwObjectId nodeObjectId, QXwObjectId networkObjectId, int doSetHidden,
-    SubmapSymbolInfoHashtable* pNodeSubmapSymbolInfoHashtable,
+// QxwEventDispatcher::DoSetNetworkSubmapNodeSymbolHidden on the map pMap,
+// with its trace line when verbose.
+QXwBoolean NetworkNodeSymbolTakesState(
+    QXwMapInfo* pMap, bool verbose, QXwObjectId nodeObjectId, QXwObjectId networkObjectId,
+    int doSetHidden, SubmapSymbolInfoHashtable* pNodeSubmapSymbolInfoHashtable,
     QXwChildSubmapIdHashtable* pChildSubmapIdHashtable,
     NetworkSubmapNodeInterfacesHashtable* pNetworkSubmapNodeInterfacesHashtable,
     QXwObjectIdHashtable* pInterfaceObjectIdHashtable) {
-  SKIFF_TRACE("QxwEventDispatcher::DoSetNetworkSubmapNodeSymbolHidden");
+  SKIFF_TRACE("NetworkNodeSymbolTakesState");
   QXwBoolean doSetNetworkSubmapNodeSymbolHidden = doSetHidden;
   if (doSetHidden == 1) {
     const QXwObjectIdList* pRelevantInterfaceObjectIds =
@@ -182,16 +149,16 @@ QXwBoolean QxwEventDispatcher::DoSetNetworkSubmapNodeSymbolHidden(
       doSetNetworkSubmapNodeSymbolHidden = true;
     } else {
       const QXwSubmapId nodeSubmapId =
-          pChildSubmapIdHashtable->GetChildSubmapId(m_pMap, nodeObjectId);
+          pChildSubmapIdHashtable->GetChildSubmapId(pMap, nodeObjectId);
       const QXwSymbolList* pSymbolList =
           nodeSubmapId != 0 ? pNodeSubmapSymbolInfoHashtable->GetSymbolList(
-                                  m_pMap, nodeSubmapId, QXW_PLANE_APPLICATION, kIPMapAppName)
+                                  pMap, nodeSubmapId, QXW_PLANE_APPLICATION, kIPMapAppName)
                             : nullptr;
       doSetNetworkSubmapNodeSymbolHidden = RelevantInterfacesShareVisibility(
           *pRelevantInterfaceObjectIds, *pInterfaceObjectIdHashtable, pSymbolList, doSetHidden);
     }
   }
-  if (m_doUseVerboseMode) {
+  if (verbose) {
     std::fprintf(stderr,
                  "QxwEventDispatcher::DoSetNetworkSubmapNodeSymbolHidden\n"
                  " nodeObjectId:%d networkObjectId:%d doSetHidden:%d\n returning %d\n",
@@ -201,19 +168,89 @@ QXwBoolean QxwEventDispatcher::DoSetNetworkSubmapNodeSymbolHidden(
   return doSetNetworkSubmapNodeSymbolHidden;
 }
 
+// Hides (1) or shows (0) the symbols on the map pMap in one platform call; a
+// failure is written on standard error.
+void SetSymbolsVisibility(QXwMapInfo* pMap, std::vector<QXwSymbolId>& symbolIds, int doSetHidden) {
+  QXwSymbolIdList symbolIdList = skiff::state::SymbolIdList(symbolIds);
+  if (QXwSetSymbolsVisibility(pMap, &symbolIdList, doSetHidden) != 0) {
+    std::fprintf(stderr, "QXwSetSymbolsVisibility failed: %s\n", skiff::state::PlatformErrorText());
+  }
+}
+
+}  // namespace
+
+void QxwEventDispatcher::SetSymbolVisibilityState(int numSymbols, int doSetHidden) {
+  SKIFF_TRACE("QxwEventDispatcher::SetSymbolVisibilityState");
+  const IdFetch fetch{
+      m_getVisibilityStateSymbolIds, /*passesCount=*/false,
+      "In QxwEventDispatcher::SetSymbolVisibilityState: numSymbols=%d doSetHidden=%d\n",
+      "QxwEventDispatcher::SetSymbolVisibilityState failed, numSymbols=%d, arraySize=%d\n"};
+  std::optional<std::vector<QXwSymbolId>> symbolIds = FetchIds(
+      {skiff::jni::AttachedEnv(), Peer(), m_doUseVerboseMode != 0}, fetch, numSymbols, doSetHidden);
+  if (symbolIds) SetSymbolsVisibility(m_pMap, *symbolIds, doSetHidden);
+}
+
+void QxwEventDispatcher::SetInterfaceAndNodeVisibilityState(int numInterfaceObjects,
+                                                            int doSetHidden) {
+  SKIFF_TRACE("QxwEventDispatcher::SetInterfaceAndNodeVisibilityState");
+  const IdFetch fetch{m_getInterfaceAndNodeVisibilityStateObjectIds, /*passesCount=*/false,
+                      "In QxwEventDispatcher::SetInterfaceAndNodeVisibilityState: "
+                      "numInterfaceObjects=%d doSetHidden=%d\n",
+                      "QxwEventDispatcher::SetInterfaceAndNodeVisibilityState failed, "
+                      "numInterfaceObjects=%d, arraySize=%d\n"};
+  std::optional<std::vector<QXwObjectId>> interfaceObjectIds =
+      FetchIds({skiff::jni::AttachedEnv(), Peer(), m_doUseVerboseMode != 0}, fetch,
+               numInterfaceObjects, doSetHidden);
+  if (!interfaceObjectIds) return;
+  std::vector<QXwSymbolId> visibilitySymbolIds;
+  const skiff::state::VisibilityInputs inputs{m_pMap, SessionFieldIds(), m_doUseVerboseMode != 0};
+  if (skiff::state::CollectInterfaceAndNodeVisibilitySymbols(inputs, *interfaceObjectIds,
+                                                             doSetHidden, &visibilitySymbolIds)) {
+    // Also when there is nothing to change: the platform gets one call per
+    // request.
+    SetSymbolsVisibility(m_pMap, visibilitySymbolIds, doSetHidden);
+  }
+}
+
+void QxwEventDispatcher::GetAssociatedIPMapSymbolsInvolvedInVisibilityChange(
+    QXwObjectId interfaceObjectId, QXwObjectId nodeObjectId, QXwObjectId segmentObjectId,
+    QXwObjectId networkObjectId, QXwChildSubmapIdHashtable* pChildSubmapIdHashtable,
+    ObjectSymbolInfoHashtable* pSymbolInfoHashtable, QXwSymbolId* pInterfaceSymbolId,
+    QXwSymbolId* pSegmentNodeSymbolId, QXwSymbolId* pNetworkNodeSymbolId) {
+  SKIFF_TRACE("QxwEventDispatcher::GetAssociatedIPMapSymbolsInvolvedInVisibilityChange");
+  FindInterfaceAndNodeSymbols(m_pMap, m_doUseVerboseMode != 0, interfaceObjectId, nodeObjectId,
+                              segmentObjectId, networkObjectId, pChildSubmapIdHashtable,
+                              pSymbolInfoHashtable, pInterfaceSymbolId, pSegmentNodeSymbolId,
+                              pNetworkNodeSymbolId);
+}
+
+QXwBoolean QxwEventDispatcher::DoSetNetworkSubmapNodeSymbolHidden(
+    QXwObjectId nodeObjectId, QXwObjectId networkObjectId, int doSetHidden,
+    SubmapSymbolInfoHashtable* pNodeSubmapSymbolInfoHashtable,
+    QXwChildSubmapIdHashtable* pChildSubmapIdHashtable,
+    NetworkSubmapNodeInterfacesHashtable* pNetworkSubmapNodeInterfacesHashtable,
+    QXwObjectIdHashtable* pInterfaceObjectIdHashtable) {
+  SKIFF_TRACE("QxwEventDispatcher::DoSetNetworkSubmapNodeSymbolHidden");
+  return NetworkNodeSymbolTakesState(m_pMap, m_doUseVerboseMode != 0, nodeObjectId, networkObjectId,
+                                     doSetHidden, pNodeSubmapSymbolInfoHashtable,
+                                     pChildSubmapIdHashtable, pNetworkSubmapNodeInterfacesHashtable,
+                                     pInterfaceObjectIdHashtable);
+}
+
 namespace skiff::state {
 
-bool CollectInterfaceAndNodeVisibilitySymbols(std::vector<QXwObjectId>& interfaceObjectIds,
+bool CollectInterfaceAndNodeVisibilitySymbols(const VisibilityInputs& inputs,
+                                              std::vector<QXwObjectId>& interfaceObjectIds,
                                               int doSetHidden,
                                               std::vector<QXwSymbolId>* pVisibilitySymbolIds) {
   SKIFF_TRACE("skiff::state::CollectInterfaceAndNodeVisibilitySymbols");
-  using D = QxwEventDispatcher;
+  const FieldIds& ids = inputs.fieldIds;
   const int numInterfaceObjects = static_cast<int>(interfaceObjectIds.size());
   QXwObjectIdList objectIdList = ObjectIdList(interfaceObjectIds);
   // Entry i of each list belongs to interface i.
-  FieldListPtr pNodeObjectFieldList = ReadField(&objectIdList, D::s_TopMNodeIdFieldId);
-  FieldListPtr pSegmentObjectFieldList = ReadField(&objectIdList, D::s_TopMSegmentIdFieldId);
-  FieldListPtr pNetworkObjectFieldList = ReadField(&objectIdList, D::s_TopMNetworkIdFieldId);
+  FieldListPtr pNodeObjectFieldList = ReadField(&objectIdList, ids.topMNodeId);
+  FieldListPtr pSegmentObjectFieldList = ReadField(&objectIdList, ids.topMSegmentId);
+  FieldListPtr pNetworkObjectFieldList = ReadField(&objectIdList, ids.topMNetworkId);
   auto complete = [numInterfaceObjects](const FieldListPtr& pList) {
     return pList != nullptr && pList->count == numInterfaceObjects;
   };
@@ -237,7 +274,7 @@ bool CollectInterfaceAndNodeVisibilitySymbols(std::vector<QXwObjectId>& interfac
   // The interfaces whose own symbols this request changes.
   QXwObjectIdHashtable interfaceObjectIdHashtable;
   NetworkSubmapNodeInterfacesHashtable networkSubmapNodeInterfacesHashtable(
-      D::s_isInterfaceFieldId, D::s_TopMNodeIdFieldId, D::s_TopMNetworkIdFieldId);
+      ids.isInterface, ids.topMNodeId, ids.topMNetworkId);
   SubmapSymbolInfoHashtable nodeSubmapSymbolInfoHashtable;
 
   std::vector<QXwSymbolId>& visibilitySymbolIds = *pVisibilitySymbolIds;
@@ -248,9 +285,10 @@ bool CollectInterfaceAndNodeVisibilitySymbols(std::vector<QXwObjectId>& interfac
     const QXwObjectId segmentObjectId = IntegerField(pSegmentObjectFieldList->objects[i]);
     const QXwObjectId networkObjectId = IntegerField(pNetworkObjectFieldList->objects[i]);
     QXwSymbolId interfaceSymbolId = 0, segmentNodeSymbolId = 0, networkNodeSymbolId = 0;
-    D::GetAssociatedIPMapSymbolsInvolvedInVisibilityChange(
-        interfaceObjectId, nodeObjectId, segmentObjectId, networkObjectId, &childSubmapIdHashtable,
-        &symbolInfoHashtable, &interfaceSymbolId, &segmentNodeSymbolId, &networkNodeSymbolId);
+    FindInterfaceAndNodeSymbols(inputs.pMap, inputs.verbose, interfaceObjectId, nodeObjectId,
+                                segmentObjectId, networkObjectId, &childSubmapIdHashtable,
+                                &symbolInfoHashtable, &interfaceSymbolId, &segmentNodeSymbolId,
+                                &networkNodeSymbolId);
     if (interfaceSymbolId != 0) {
       visibilitySymbolIds.push_back(interfaceSymbolId);
       interfaceObjectIdHashtable.Add(interfaceObjectId);
@@ -272,10 +310,10 @@ bool CollectInterfaceAndNodeVisibilitySymbols(std::vector<QXwObjectId>& interfac
         reinterpret_cast<const char*>(item.key()), &networkObjectId, &nodeObjectId,
         &networkNodeSymbolId);
     if (doSetHidden != 1 ||
-        D::DoSetNetworkSubmapNodeSymbolHidden(
-            nodeObjectId, networkObjectId, doSetHidden, &nodeSubmapSymbolInfoHashtable,
-            &childSubmapIdHashtable, &networkSubmapNodeInterfacesHashtable,
-            &interfaceObjectIdHashtable)) {
+        NetworkNodeSymbolTakesState(inputs.pMap, inputs.verbose, nodeObjectId, networkObjectId,
+                                    doSetHidden, &nodeSubmapSymbolInfoHashtable,
+                                    &childSubmapIdHashtable, &networkSubmapNodeInterfacesHashtable,
+                                    &interfaceObjectIdHashtable)) {
       visibilitySymbolIds.push_back(networkNodeSymbolId);
     }
   });

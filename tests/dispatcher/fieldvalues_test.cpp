@@ -11,8 +11,8 @@
 #include <tuple>
 #include <vector>
 
+#include "dispatcher/fieldids.h"
 #include "dispatcher/fieldinfocache.h"
-#include "dispatcher/main.h"
 #include "tests/support/platform_session.h"
 
 namespace {
@@ -25,10 +25,11 @@ constexpr char kFieldsMap[] = R"({
 
 using Rendered = std::vector<std::tuple<std::string, std::string, bool>>;
 
-Rendered Render(std::vector<QXwFieldBinding> bindings) {
+Rendered Render(const skiff::FieldIds& ids, std::vector<QXwFieldBinding> bindings) {
   QXwFieldBindList list{static_cast<int>(bindings.size()), bindings.data()};
   Rendered rendered;
-  for (const skiff::ToolTipProperty& p : skiff::RenderToolTipFields(list, false)) {
+  for (const skiff::ToolTipProperty& p :
+       skiff::RenderToolTipFields(list, skiff::ToolTipFieldsOf(ids), false)) {
     rendered.emplace_back(p.key, p.value, p.isPlatformText);
   }
   return rendered;
@@ -53,27 +54,27 @@ class FieldValuesTest : public testing::Test {
   void SetUp() override {
     ASSERT_TRUE(session_.ok()) << session_.error();
     OpenFieldInfoCache();
-    QxwEventDispatcher::CacheFieldIds();
+    ids_ = skiff::ResolveFieldIds();
   }
   void TearDown() override { CloseFieldInfoCache(); }
 
   skifftest::PlatformSession session_{kFieldsMap};
+  skiff::FieldIds ids_;
 };
 
 TEST_F(FieldValuesTest, ValuesWithoutATextOfTheirOwnRenderAsDefaults) {
-  using D = QxwEventDispatcher;
   QXwFieldValue values[] = {Text(nullptr), Scalar(QXW_FIELD_BOOLEAN, 2),
                             Scalar(QXW_FIELD_ENUMERATION, 1), Scalar(QXW_FIELD_ENUMERATION, 2),
                             Scalar(QXW_FIELD_ENUMERATION, -1)};
-  const QXwFieldId fields[] = {D::s_SNMPsysObjectIDFieldId, D::s_isNormalizedFieldId,
-                               D::s_vendorFieldId, D::s_vendorFieldId, D::s_vendorFieldId};
+  const QXwFieldId fields[] = {ids_.snmpSysObjectId, ids_.isNormalized, ids_.vendor, ids_.vendor,
+                               ids_.vendor};
   std::vector<QXwFieldBinding> bindings;
   for (size_t i = 0; i < std::size(values); ++i) bindings.push_back({fields[i], &values[i]});
-  EXPECT_EQ(Render(bindings), (Rendered{{"SNMP sysObjectID", "", true},
-                                        {"isNormalized", "FALSE", false},
-                                        {"vendor", "Acme", true},
-                                        {"vendor", "", true},
-                                        {"vendor", "", true}}));
+  EXPECT_EQ(Render(ids_, bindings), (Rendered{{"SNMP sysObjectID", "", true},
+                                              {"isNormalized", "FALSE", false},
+                                              {"vendor", "Acme", true},
+                                              {"vendor", "", true},
+                                              {"vendor", "", true}}));
 }
 
 TEST_F(FieldValuesTest, AFieldTheCacheCannotDescribeIsSkipped) {
@@ -83,13 +84,12 @@ TEST_F(FieldValuesTest, AFieldTheCacheCannotDescribeIsSkipped) {
   skifftest::ControlOk("fail QXwDbGetFieldInfo 1 1");
   QXwFieldValue name = Text("host-a");
   testing::internal::CaptureStderr();
-  Rendered rendered = Render({{QxwEventDispatcher::s_SelectionNameFieldId, &name}});
+  Rendered rendered = Render(ids_, {{ids_.selectionName, &name}});
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "QXwDbGetFieldInfo call failed for field " +
-                std::to_string(QxwEventDispatcher::s_SelectionNameFieldId));
+            "QXwDbGetFieldInfo call failed for field " + std::to_string(ids_.selectionName));
   EXPECT_TRUE(rendered.empty());
   // The next lookup asks again and succeeds.
-  EXPECT_EQ(Render({{QxwEventDispatcher::s_SelectionNameFieldId, &name}}),
+  EXPECT_EQ(Render(ids_, {{ids_.selectionName, &name}}),
             (Rendered{{"Selection Name", "host-a", true}}));
 }
 

@@ -8,7 +8,7 @@
 #include <memory>
 #include <string>
 
-#include "dispatcher/main.h"
+#include "search/nodebyaddress.h"
 #include "tests/support/platform_session.h"
 
 namespace {
@@ -62,7 +62,7 @@ TEST(FindObjectTest, AQueryFitsWhenItsClauseFitsTheBuffer) {
 TEST(FindObjectTest, NodeIsNamedByItsHostNameItsAddressOrAnInterfacesAddress) {
   skifftest::PlatformSession session(skifftest::JavaTestMap("search.json"));
   ASSERT_TRUE(session.ok()) << session.error();
-  QxwEventDispatcher::CacheFieldIds();
+  const skiff::FieldIds ids = skiff::ResolveFieldIds();
   struct Case {
     const char* hostOrAddress;
     const char* node;
@@ -78,8 +78,7 @@ TEST(FindObjectTest, NodeIsNamedByItsHostNameItsAddressOrAnInterfacesAddress) {
   };
   for (const Case& c : cases) {
     std::unique_ptr<char, decltype(&std::free)> name(
-        QxwEventDispatcher::GetNodeSelectionNameGivenHostnameOrIPAddress(c.hostOrAddress),
-        &std::free);
+        skiff::search::NodeSelectionNameByHostnameOrIPAddress(c.hostOrAddress, ids), &std::free);
     EXPECT_STREQ(name.get(), c.node) << c.hostOrAddress;
   }
 }

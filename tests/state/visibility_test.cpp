@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "dispatcher/main.h"
 #include "state/visibility.h"
 #include "tests/support/platform_session.h"
 
@@ -18,12 +17,11 @@ class VisibilityTest : public testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(session_.ok()) << session_.error();
-    QxwEventDispatcher::SetMap(session_.map());
-    QxwEventDispatcher::CacheFieldIds();
+    inputs_ = {session_.map(), skiff::ResolveFieldIds(), false};
   }
-  void TearDown() override { QxwEventDispatcher::SetMap(nullptr); }
 
   skifftest::PlatformSession session_{skifftest::JavaTestMap("interface-visibility.json")};
+  skiff::state::VisibilityInputs inputs_{};
 };
 
 TEST_F(VisibilityTest, CollectsEachInterfacesSymbolsThenTheNetworkNodeSymbols) {
@@ -50,8 +48,8 @@ TEST_F(VisibilityTest, CollectsEachInterfacesSymbolsThenTheNetworkNodeSymbols) {
     SCOPED_TRACE(testing::PrintToString(c.interfaces) + " hidden " + std::to_string(c.doSetHidden));
     std::vector<QXwObjectId> interfaces = c.interfaces;
     std::vector<QXwSymbolId> symbols;
-    ASSERT_TRUE(skiff::state::CollectInterfaceAndNodeVisibilitySymbols(interfaces, c.doSetHidden,
-                                                                       &symbols));
+    ASSERT_TRUE(skiff::state::CollectInterfaceAndNodeVisibilitySymbols(inputs_, interfaces,
+                                                                       c.doSetHidden, &symbols));
     ASSERT_EQ(symbols.size(), c.perInterface.size() + c.networkNodeSymbols.size());
     EXPECT_EQ(std::vector<QXwSymbolId>(symbols.begin(), symbols.begin() + c.perInterface.size()),
               c.perInterface);
