@@ -7,10 +7,10 @@
 #include <memory>
 #include <optional>
 
-#include "bridge/platformrecords.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/main.h"
 #include "dispatcher/submapcontents.h"
+#include "platform/recordowners.h"
 #include "scoping/nsp.h"
 #include "search/findsymbol.h"
 #include "tables/idsets.h"

@@ -1,5 +1,5 @@
 #include "dispatcher/fieldinfocache.h"
-#include "bridge/platformrecords.h"
+#include "platform/recordowners.h"
 
 #include <stdio.h>
 #include <stdlib.h>
@@ -11,7 +11,7 @@
 
 namespace skiff {
 
-void FieldListDeleter::operator()(QXwFieldList* pFieldList) const {
+void FieldInfoListCopyDeleter::operator()(QXwFieldList* pFieldList) const {
   for (int i = 0; i < pFieldList->count; ++i) free(pFieldList->field_list[i].field_name);
   delete[] pFieldList->field_list;
   delete pFieldList;
@@ -31,7 +31,7 @@ QXwdbFieldInfoHashtable::QXwdbFieldInfoHashtable()
     : _Hash(skiff::kTableBuckets, skiff::kTableReserved, skiff::kTableReserved,
             skiff::kTableGrowAtLoad) {
   SKIFF_TRACE("QXwdbFieldInfoHashtable::QXwdbFieldInfoHashtable");
-  skiff::PlatformFieldListPtr pFieldList(QXwDbListFields(0));
+  skiff::FieldInfoListPtr pFieldList(QXwDbListFields(0));
   if (pFieldList == nullptr) return;
   for (int i = 0; i < pFieldList->count; ++i) {
     const QXwFieldInfo& fieldInfo = pFieldList->field_list[i];
@@ -62,9 +62,9 @@ QXwFieldInfo* QXwdbFieldInfoHashtable::GetFieldInfo(QXwFieldId fieldId) {
   return pFieldInfo;
 }
 
-skiff::FieldListPtr QXwdbFieldInfoHashtable::GetFieldList() {
+skiff::FieldInfoListCopyPtr QXwdbFieldInfoHashtable::GetFieldList() {
   SKIFF_TRACE("QXwdbFieldInfoHashtable::GetFieldList");
-  skiff::FieldListPtr pFieldList(new QXwFieldList{0, nullptr});
+  skiff::FieldInfoListCopyPtr pFieldList(new QXwFieldList{0, nullptr});
   if (size() == 0) return pFieldList;
   pFieldList->field_list = new QXwFieldInfo[size()];
   skiff::ForEachEntry(*this, [&](const _HashItem& item) {
@@ -166,7 +166,7 @@ QXwEnumConstants* GetEnumConstants(QXwFieldId fieldId) {
   return s_pQXwdbEnumConstantsHashtable->GetFieldEnumConstants(fieldId);
 }
 
-skiff::FieldListPtr GetFieldList() {
+skiff::FieldInfoListCopyPtr GetFieldList() {
   SKIFF_TRACE("GetFieldList");
   if (s_pQXwdbFieldInfoHashtable == nullptr) return nullptr;
   return s_pQXwdbFieldInfoHashtable->GetFieldList();

@@ -16,10 +16,10 @@
 namespace skiff {
 
 // Releases a field list made by the cache: every name, the array, the list.
-struct FieldListDeleter {
+struct FieldInfoListCopyDeleter {
   void operator()(QXwFieldList* pFieldList) const;
 };
-using FieldListPtr = std::unique_ptr<QXwFieldList, FieldListDeleter>;
+using FieldInfoListCopyPtr = std::unique_ptr<QXwFieldList, FieldInfoListCopyDeleter>;
 
 }  // namespace skiff
 
@@ -40,7 +40,7 @@ class QXwdbFieldInfoHashtable : public _Hash {
   // and nothing is cached.
   QXwFieldInfo* GetFieldInfo(QXwFieldId fieldId);
   // A new list of copies of every cached description, in iteration order.
-  skiff::FieldListPtr GetFieldList();
+  skiff::FieldInfoListCopyPtr GetFieldList();
 
   // A new copy of the record, with its own copy of the name; release it with
   // FreeFieldInfo.
@@ -90,6 +90,6 @@ const char* GetEnumValueAsString(QXwFieldId fieldId, int enumValue);
 QXwEnumConstants* GetEnumConstants(QXwFieldId fieldId);
 // A new list of copies of every cached field description; null while the
 // cache is closed.
-skiff::FieldListPtr GetFieldList();
+skiff::FieldInfoListCopyPtr GetFieldList();
 
 #endif  // SKIFF_DISPATCHER_FIELDINFOCACHE_H_

@@ -7,7 +7,6 @@
 #include <memory>
 #include <string>
 
-#include "bridge/platformrecords.h"
 #include "bridge/properties.h"
 #include "bridge/text.h"
 #include "bridge/tracescope.h"
@@ -16,6 +15,7 @@
 #include "dispatcher/largedb.h"
 #include "dispatcher/main.h"
 #include "platform/qxwdb.h"
+#include "platform/recordowners.h"
 
 using skiff::jni::LocalRef;
 

@@ -16,10 +16,10 @@
 #include <memory>
 
 #include "bridge/javacall.h"
-#include "bridge/platformrecords.h"
 #include "dispatcher/fieldids.h"
 #include "platform/qxw.h"
 #include "platform/qxwdb.h"
+#include "platform/recordowners.h"
 #include "search/findobject.h"
 
 class NetworkSubmapNodeInterfacesHashtable;
@@ -401,7 +401,8 @@ class QxwEventDispatcher {
   static void SynchronizeLocationTrackingIfNeeded();
   // The "TopM Node ID" values of the listed objects (a missing list counts as
   // empty), in list order; null when the platform gives none.
-  static skiff::ObjectFieldListPtr GetTopMNodeIdFieldValueList(const QXwObjectList* pObjectList);
+  static skiff::ObjectFieldValueListPtr GetTopMNodeIdFieldValueList(
+      const QXwObjectList* pObjectList);
   // With scoping updates on: scopingInterfacesCreatedCB with the interfaces
   // that have a node and those nodes; nothing when none has one.
   static void CreateInterfaceObjectsCB(void* userData, int eventType, QXwMapInfo* pMap,

@@ -86,12 +86,12 @@ void QxwEventDispatcher::SynchronizeLocationTrackingIfNeeded() {
   if (m_doSyncLocationIDFieldInNetworks) NSP::SynchronizeLocationIDFieldForNetworks(m_pMap);
 }
 
-skiff::ObjectFieldListPtr QxwEventDispatcher::GetTopMNodeIdFieldValueList(
+skiff::ObjectFieldValueListPtr QxwEventDispatcher::GetTopMNodeIdFieldValueList(
     const QXwObjectList* pObjectList) {
   SKIFF_TRACE("QxwEventDispatcher::GetTopMNodeIdFieldValueList");
   std::vector<QXwObjectId> objectIds = ObjectIds(pObjectList);
   QXwObjectIdList idList{static_cast<int>(objectIds.size()), objectIds.data()};
-  return skiff::ObjectFieldListPtr(QXwDbGetFieldValuesByObjects(&idList, s_TopMNodeIdFieldId));
+  return skiff::ObjectFieldValueListPtr(QXwDbGetFieldValuesByObjects(&idList, s_TopMNodeIdFieldId));
 }
 
 void QxwEventDispatcher::CreateInterfaceObjectsCB(void*, int, QXwMapInfo*,
@@ -101,7 +101,7 @@ void QxwEventDispatcher::CreateInterfaceObjectsCB(void*, int, QXwMapInfo*,
   // Whether locations are tracked does not matter here.
   if (!m_doInvokeJavaCallbacksForScopingUpdates) return;
   JNIEnv* pEnv = skiff::jni::AttachedEnv();
-  skiff::ObjectFieldListPtr nodeIds = GetTopMNodeIdFieldValueList(pObjects);
+  skiff::ObjectFieldValueListPtr nodeIds = GetTopMNodeIdFieldValueList(pObjects);
   if (nodeIds == nullptr) return;
   const int asked = pObjects != nullptr ? pObjects->count : 0;
   if (nodeIds->count != asked) {

@@ -9,12 +9,12 @@
 #include <memory>
 
 #include "bridge/arrays.h"
-#include "bridge/platformrecords.h"
 #include "bridge/text.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/largedb.h"
 #include "dispatcher/main.h"
 #include "dispatcher/submapcontents.h"
+#include "platform/recordowners.h"
 #include "tables/idsets.h"
 #include "tables/scopingcache.h"
 

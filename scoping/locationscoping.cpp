@@ -8,10 +8,10 @@
 
 #include "bridge/arrays.h"
 #include "bridge/javacall.h"
-#include "bridge/platformrecords.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/main.h"
 #include "platform/qxcommon.h"
+#include "platform/recordowners.h"
 #include "scoping/nsp.h"
 #include "search/findsymbol.h"
 #include "tables/idsets.h"

@@ -4,10 +4,10 @@
 #include <cstdlib>
 #include <memory>
 
-#include "bridge/platformrecords.h"
 #include "bridge/tracescope.h"
 #include "platform/qxw.h"
 #include "platform/qxwdb.h"
+#include "platform/recordowners.h"
 #include "search/findsymbol.h"
 
 int NSP::m_doUseVerboseMode = 0;

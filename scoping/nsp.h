@@ -13,8 +13,8 @@
 
 #include <jni.h>
 
-#include "bridge/platformrecords.h"
 #include "platform/qxwrecords.h"
+#include "platform/recordowners.h"
 
 class ObjectSymbolInfoHashtable;
 class QXwSubmapInfoHashtable;

@@ -2,11 +2,11 @@
 // shown the object by.
 #include <cstdio>
 
-#include "bridge/platformrecords.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/main.h"
 #include "platform/qxw.h"
 #include "platform/qxwdb.h"
+#include "platform/recordowners.h"
 #include "scoping/nsp.h"
 #include "search/findsymbol.h"
 #include "tables/submapinfohashtable.h"

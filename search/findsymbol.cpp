@@ -6,11 +6,11 @@
 #include <optional>
 #include <vector>
 
-#include "bridge/platformrecords.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/main.h"
 #include "platform/qxw.h"
 #include "platform/qxwdb.h"
+#include "platform/recordowners.h"
 #include "search/climb.h"
 #include "tables/idsets.h"
 #include "tables/submapinfohashtable.h"

@@ -2,9 +2,9 @@
 // then the interfaces that carry the address.
 #include "search/nodebyaddress.h"
 
-#include "bridge/platformrecords.h"
 #include "bridge/tracescope.h"
 #include "platform/qxwdb.h"
+#include "platform/recordowners.h"
 
 namespace skiff::search {
 

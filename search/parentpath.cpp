@@ -3,10 +3,10 @@
 #include <optional>
 #include <vector>
 
-#include "bridge/platformrecords.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/main.h"
 #include "platform/qxw.h"
+#include "platform/recordowners.h"
 #include "scoping/nsp.h"
 #include "search/climb.h"
 #include "search/findsymbol.h"

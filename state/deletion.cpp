@@ -1,10 +1,10 @@
 // Deleting every symbol of a set of objects.
 #include <memory>
 
-#include "bridge/platformrecords.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/main.h"
 #include "platform/qxw.h"
+#include "platform/recordowners.h"
 #include "state/idfetch.h"
 
 void QxwEventDispatcher::DeleteAllSymbolsForObjects(int numObjects) {

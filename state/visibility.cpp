@@ -16,6 +16,7 @@
 #include "tables/networksubmapnodeinterfaceshashtable.h"
 #include "tables/symbolinfohashtables.h"
 
+using skiff::ObjectFieldValueListPtr;
 using skiff::state::FetchIds;
 using skiff::state::IdFetch;
 
@@ -24,8 +25,6 @@ namespace {
 // The application whose symbols stand for interfaces on a node's submap.
 constexpr char kIPMapAppName[] = "IP Map";
 
-using FieldListPtr = skiff::ObjectFieldListPtr;
-
 // The integer value of one entry of a field value list; 0 when it has none
 // (also when it holds something other than an integer).
 QXwObjectId IntegerField(const QXwObjectField& entry) {
@@ -33,11 +32,11 @@ QXwObjectId IntegerField(const QXwObjectField& entry) {
 }
 
 // One TopM field of every interface, in the interfaces' order.
-FieldListPtr ReadField(QXwObjectIdList* pObjectIdList, QXwFieldId fieldId) {
-  return FieldListPtr(QXwDbGetFieldValuesByObjects(pObjectIdList, fieldId));
+ObjectFieldValueListPtr ReadField(QXwObjectIdList* pObjectIdList, QXwFieldId fieldId) {
+  return ObjectFieldValueListPtr(QXwDbGetFieldValuesByObjects(pObjectIdList, fieldId));
 }
 
-int CountOf(const FieldListPtr& pList) { return pList != nullptr ? pList->count : 0; }
+int CountOf(const ObjectFieldValueListPtr& pList) { return pList != nullptr ? pList->count : 0; }
 
 // The first symbol of the list that shows the object, or null.
 const QXwSymbolInfo* FirstSymbolOf(const QXwSymbolList* pSymbolList, QXwObjectId objectId) {
@@ -248,10 +247,10 @@ bool CollectInterfaceAndNodeVisibilitySymbols(const VisibilityInputs& inputs,
   const int numInterfaceObjects = static_cast<int>(interfaceObjectIds.size());
   QXwObjectIdList objectIdList = ObjectIdList(interfaceObjectIds);
   // Entry i of each list belongs to interface i.
-  FieldListPtr pNodeObjectFieldList = ReadField(&objectIdList, ids.topMNodeId);
-  FieldListPtr pSegmentObjectFieldList = ReadField(&objectIdList, ids.topMSegmentId);
-  FieldListPtr pNetworkObjectFieldList = ReadField(&objectIdList, ids.topMNetworkId);
-  auto complete = [numInterfaceObjects](const FieldListPtr& pList) {
+  ObjectFieldValueListPtr pNodeObjectFieldList = ReadField(&objectIdList, ids.topMNodeId);
+  ObjectFieldValueListPtr pSegmentObjectFieldList = ReadField(&objectIdList, ids.topMSegmentId);
+  ObjectFieldValueListPtr pNetworkObjectFieldList = ReadField(&objectIdList, ids.topMNetworkId);
+  auto complete = [numInterfaceObjects](const ObjectFieldValueListPtr& pList) {
     return pList != nullptr && pList->count == numInterfaceObjects;
   };
   if (!complete(pNodeObjectFieldList) || !complete(pSegmentObjectFieldList) ||

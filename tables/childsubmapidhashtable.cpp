@@ -1,5 +1,5 @@
 #include "tables/childsubmapidhashtable.h"
-#include "bridge/platformrecords.h"
+#include "platform/recordowners.h"
 
 #include <memory>
 

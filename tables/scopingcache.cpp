@@ -1,5 +1,5 @@
 #include "tables/scopingcache.h"
-#include "bridge/platformrecords.h"
+#include "platform/recordowners.h"
 
 #include <stdio.h>
 

@@ -46,7 +46,7 @@ TEST_F(FieldInfoCacheTest, LoadsEveryFieldOnceAndListsIndependentCopies) {
   EXPECT_EQ(Calls("QXwDbListFields"), 1u);
   EXPECT_EQ(Calls("QXwDbGetFieldInfo"), 0u);
 
-  skiff::FieldListPtr list = GetFieldList();
+  skiff::FieldInfoListCopyPtr list = GetFieldList();
   ASSERT_EQ(list->count, 3);
   CloseFieldInfoCache();  // the copies outlive the cache
   std::set<std::string> names;

@@ -1,7 +1,9 @@
-// Owners of the records and lists the platform returns: each releases its
-// record with the platform's matching free function when it goes.
-#ifndef SKIFF_BRIDGE_PLATFORMRECORDS_H_
-#define SKIFF_BRIDGE_PLATFORMRECORDS_H_
+// The library's own owners of the records and lists the platform returns
+// (the platform's headers declare none): each releases its record with the
+// platform's matching free function when it goes. Also the checked readers of
+// field values.
+#ifndef SKIFF_PLATFORM_RECORDOWNERS_H_
+#define SKIFF_PLATFORM_RECORDOWNERS_H_
 
 #include <memory>
 #include <optional>
@@ -23,8 +25,10 @@ using SymbolListPtr = PlatformPtr<QXwSymbolList, QXwFreeSymbolList>;
 using SubmapInfoPtr = PlatformPtr<QXwSubmapInfo, QXwFreeSubmapInfo>;
 using ObjectInfoPtr = PlatformPtr<QXwObjectInfo, QXwFreeObjectInfo>;
 using FieldBindListPtr = PlatformPtr<QXwFieldBindList, QXwDbFreeFieldBindList>;
-using ObjectFieldListPtr = PlatformPtr<QXwObjectFieldList, QXwDbFreeObjectFieldList>;
-using PlatformFieldListPtr = PlatformPtr<QXwFieldList, QXwDbFreeFieldList>;
+// The values of one field for a list of objects.
+using ObjectFieldValueListPtr = PlatformPtr<QXwObjectFieldList, QXwDbFreeObjectFieldList>;
+// The platform's descriptions of database fields.
+using FieldInfoListPtr = PlatformPtr<QXwFieldList, QXwDbFreeFieldList>;
 using FieldInfoPtr = PlatformPtr<QXwFieldInfo, QXwDbFreeFieldInfo>;
 using ObjectIdListPtr = PlatformPtr<QXwObjectIdList, QXwDbFreeObjectIdList>;
 
@@ -46,4 +50,4 @@ inline const QXwListFieldValue* StringListValue(const QXwFieldValue* value) {
 
 }  // namespace skiff
 
-#endif  // SKIFF_BRIDGE_PLATFORMRECORDS_H_
+#endif  // SKIFF_PLATFORM_RECORDOWNERS_H_
