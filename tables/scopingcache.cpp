@@ -14,14 +14,8 @@
 
 int ScopingCache::m_doUseVerboseMode = 0;
 
-namespace {
-
-// The two tables, present between OpenScopeCache and CloseScopeCache. Neither
-// ever holds 0 as a value.
-std::unique_ptr<SelectionNameToObjectIdHashtable> m_MapSelectionNameToObjectId;
-std::unique_ptr<ObjectIdToChildSubmapIdHashtable> m_MapObjectIdToChildSubmapId;
-
-}  // namespace
+std::unique_ptr<SelectionNameToObjectIdHashtable> ScopingCache::m_MapSelectionNameToObjectId;
+std::unique_ptr<ObjectIdToChildSubmapIdHashtable> ScopingCache::m_MapObjectIdToChildSubmapId;
 
 void ScopingCache::OpenScopeCache() {
   SKIFF_TRACE("ScopingCache::OpenScopeCache");

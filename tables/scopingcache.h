@@ -4,7 +4,12 @@
 #ifndef SKIFF_TABLES_SCOPINGCACHE_H_
 #define SKIFF_TABLES_SCOPINGCACHE_H_
 
+#include <memory>
+
 #include "platform/qxwrecords.h"
+
+class ObjectIdToChildSubmapIdHashtable;
+class SelectionNameToObjectIdHashtable;
 
 // Static members only. Every answer of 0 means "not known" and leaves no
 // entry behind. Lookups while the cache is closed answer 0 and ask nothing.
@@ -35,6 +40,10 @@ class ScopingCache {
 
  private:
   static int m_doUseVerboseMode;
+  // The two tables, present between OpenScopeCache and CloseScopeCache.
+  // Neither ever holds 0 as a value.
+  static std::unique_ptr<SelectionNameToObjectIdHashtable> m_MapSelectionNameToObjectId;
+  static std::unique_ptr<ObjectIdToChildSubmapIdHashtable> m_MapObjectIdToChildSubmapId;
 };
 
 #endif  // SKIFF_TABLES_SCOPINGCACHE_H_
