@@ -182,10 +182,7 @@ void PublishListeningAddress(int listener) {
                  errno);
     return;
   }
-  sockaddr_in& published = QxwEventDispatcher::m_JavaCallbackSocketName;
-  published.sin_family = bound.sin_family;
-  published.sin_addr = bound.sin_addr;
-  __atomic_store_n(&published.sin_port, bound.sin_port, __ATOMIC_RELEASE);
+  QxwEventDispatcher::SetJavaCallbackSocketName(bound);
 }
 
 // Accepts connections until the library's own client connects: from

@@ -44,6 +44,10 @@ std::atomic<std::thread::id> s_dispatcherThread{};
 // The root submap id of the open map, for client threads.
 std::atomic<QXwSubmapId> s_rootSubmapId{0};
 
+// The port of m_JavaCallbackSocketName (network byte order), for client
+// threads.
+std::atomic<in_port_t> s_javaCallbackSocketPort{0};
+
 // Every Java dispatcher object ever bound, and the one in use.
 skiff::jni::PeerRegistry& Peers() {
   static skiff::jni::PeerRegistry peers("QxwEventDispatcher::Open",
@@ -189,7 +193,13 @@ void QxwEventDispatcher::PrintError(const char* context, const char* errorString
 
 in_port_t QxwEventDispatcher::GetJavaCallbackSocketPort() {
   SKIFF_TRACE("QxwEventDispatcher::GetJavaCallbackSocketPort");
-  return __atomic_load_n(&m_JavaCallbackSocketName.sin_port, __ATOMIC_ACQUIRE);
+  return s_javaCallbackSocketPort.load(std::memory_order_acquire);
+}
+
+void QxwEventDispatcher::SetJavaCallbackSocketName(const sockaddr_in& name) {
+  SKIFF_TRACE("QxwEventDispatcher::SetJavaCallbackSocketName");
+  m_JavaCallbackSocketName = name;
+  s_javaCallbackSocketPort.store(name.sin_port, std::memory_order_release);
 }
 
 QXwSubmapId QxwEventDispatcher::GetRootSubmapId() {

@@ -102,6 +102,8 @@ class QxwEventDispatcher {
   // The platform has reported the end of the session.
   static bool m_sessionEnded;
   // The request server's listening address as the system assigned it.
+  // Dispatcher thread only; set it with SetJavaCallbackSocketName, which
+  // publishes its port to client threads (GetJavaCallbackSocketPort).
   static sockaddr_in m_JavaCallbackSocketName;
 
 #define SKIFF_DECLARE_JAVA_METHOD(name, signature, kind) \
@@ -177,6 +179,9 @@ class QxwEventDispatcher {
   // The request server's port in network byte order; 0 until it is bound.
   // Any thread.
   static in_port_t GetJavaCallbackSocketPort();
+  // Makes `name` the request server's listening address and publishes its
+  // port to client threads.
+  static void SetJavaCallbackSocketName(const sockaddr_in& name);
   // The open map's root submap id, 0 while no map is open. Any thread.
   static QXwSubmapId GetRootSubmapId();
   // Makes `pMap` the open map (the caller frees the previous one) and
