@@ -29,7 +29,8 @@ class QXwObjectIdHashtable;
 class SubmapHashtable;
 class SubmapSymbolInfoHashtable;
 
-// The Java dispatcher object's methods, in the order Open resolves them:
+// The Java dispatcher object's methods, in the order Open resolves them
+// (their ids are defined in dispatcher/main.cpp):
 // X(name, JNI signature, kind). Each is the member m_<name>.
 #define SKIFF_DISPATCHER_JAVA_METHODS(X)                                                         \
   X(beginMapSync, "()V", Instance)                                                               \
@@ -79,6 +80,8 @@ class SubmapSymbolInfoHashtable;
   X(scopingInterfacesCreatedCB, "([I[I)V", Instance)                                             \
   X(scopingInterfacesDeletedCB, "([I)V", Instance)
 
+// The class the Java side requires. Its members are defined in ten files;
+// each group below names its file.
 class QxwEventDispatcher {
  public:
   QxwEventDispatcher() = delete;
@@ -90,7 +93,7 @@ class QxwEventDispatcher {
 #undef SKIFF_JAVA_METHOD_SLOT
   };
 
-  // Session state; zero or null until connect.
+  // Session state (dispatcher/main.cpp); zero or null until connect.
   static QXwMapInfo* m_pMap;  // the open map, null while none; replace it with SetMap
   static char* m_mapNameForLocationTracking;  // owned copy, or null
   static int m_thisQxwSessionEnablesLocationTracking;
@@ -114,6 +117,8 @@ class QxwEventDispatcher {
 #define SKIFF_DECLARE_FIELD_ID(member, name, fieldName) static QXwFieldId member;
   SKIFF_DISPATCHER_FIELDS(SKIFF_DECLARE_FIELD_ID)
 #undef SKIFF_DECLARE_FIELD_ID
+
+  // The session's life (dispatcher/main.cpp), down to the request server.
 
   // The Java dispatcher object in use with its class and method ids, bound
   // together (see bridge/javacall.h); null before the first connect. A
@@ -240,7 +245,9 @@ class QxwEventDispatcher {
   // so it must come after CacheFieldIds.
   static bool IsToolTipField(QXwFieldId fieldId);
 
-  // Map state operations (state/). Each fetches its ids from the Java
+  // Map state operations (state/objectstates.cpp: acknowledge and manage;
+  // state/visibility.cpp: the four visibility members; state/deletion.cpp:
+  // deletion). Each fetches its ids from the Java
   // dispatcher object; when the callback gives no array, or one whose length
   // differs from the count, it writes its failure line and changes nothing.
   // Platform failures are written on standard error; none reaches the caller.
