@@ -1,0 +1,117 @@
+// The control commands about the session as a whole: the map it has open,
+// its end, the call counters, and the failures injected into platform
+// functions.
+#include <ctime>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "emulator/control_commands.h"
+#include "emulator/records.h"
+
+namespace qxwemu {
+
+Session& OpenSession() {
+  Session& s = Emu().session;
+  if (!s.open) throw Refusal{"no session is open"};
+  return s;
+}
+
+Map& TheMap() {
+  Session& s = OpenSession();
+  if (s.map == nullptr) throw Refusal{"no map is loaded"};
+  return *s.map;
+}
+
+// counters: how often each platform function has been called.
+Json CmdCounters(const Words& w, std::string_view) {
+  ExpectWords(w, 1, 1);
+  Json counters = Json::object();
+  for (int i = 0; i < kFnCount; ++i) {
+    counters[FnName(static_cast<Fn>(i))] = Emu().counters[i].load(std::memory_order_relaxed);
+  }
+  Json reply = Ok();
+  reply["counters"] = std::move(counters);
+  return reply;
+}
+
+// reset-counters: sets every call counter back to 0.
+Json CmdResetCounters(const Words& w, std::string_view) {
+  ExpectWords(w, 1, 1);
+  for (auto& c : Emu().counters) c.store(0, std::memory_order_relaxed);
+  return Ok();
+}
+
+// dump: the session's map in map file form, and whether it is open.
+Json CmdDump(const Words& w, std::string_view) {
+  ExpectWords(w, 1, 1);
+  Session& s = OpenSession();
+  Json reply = Ok();
+  reply["open"] = s.mapOpen;
+  reply["map"] = s.map == nullptr ? Json() : DumpMap(*s.map);
+  return reply;
+}
+
+// open-map [FILE]: loads FILE, or the default map, as the session's map.
+Json CmdOpenMap(const Words& w, std::string_view) {
+  ExpectWords(w, 1, 2);
+  Session& s = OpenSession();
+  std::string error;
+  std::unique_ptr<Map> map = w.size() == 2 ? LoadMapFile(w[1], &error) : LoadDefaultMap(&error);
+  if (map == nullptr) throw Refusal{error};
+  s.map = std::move(map);
+  s.mapOpen = true;
+  Event e;
+  e.code = QXW_EVENT_MAP_OPEN;
+  e.map = BuildMapInfo(*s.map);
+  Queue(e);
+  return Ok();
+}
+
+// close-map: reports the map closed.
+Json CmdCloseMap(const Words& w, std::string_view) {
+  ExpectWords(w, 1, 1);
+  Session& s = OpenSession();
+  Event e;
+  e.code = QXW_EVENT_MAP_CLOSE;
+  if (s.map != nullptr && s.mapOpen) e.map = BuildMapInfo(*s.map);
+  e.time = time(nullptr);
+  s.mapOpen = false;
+  Queue(e);
+  return Ok();
+}
+
+// end-session: reports the end of the session.
+Json CmdEndSession(const Words& w, std::string_view) {
+  ExpectWords(w, 1, 1);
+  OpenSession();
+  Event e;
+  e.code = QXW_EVENT_END_SESSION;
+  e.flag = 1;
+  Queue(e);
+  return Ok();
+}
+
+// fail FUNCTION [CODE [COUNT] | off]: makes a platform function fail with
+// CODE, COUNT times or until turned off.
+Json CmdFail(const Words& w, std::string_view) {
+  ExpectWords(w, 2, 4);
+  std::optional<Fn> fn = FnByName(w[1]);
+  if (!fn) throw Refusal{"unknown platform function \"" + w[1] + "\""};
+  if (!FnCanFail(*fn)) throw Refusal{w[1] + " cannot fail"};
+  Failure& f = Emu().failures[*fn];
+  if (w.size() >= 3 && w[2] == "off") {
+    ExpectWords(w, 3, 3);
+    f = Failure();
+    return Ok();
+  }
+  Failure next;
+  next.active = true;
+  if (w.size() >= 3)
+    next.code = static_cast<int>(ParseInteger(w[2], INT32_MIN, INT32_MAX, "the code"));
+  if (w.size() == 4) next.remaining = ParseInteger(w[3], 1, INT32_MAX, "the count");
+  f = next;
+  return Ok();
+}
+
+}  // namespace qxwemu
