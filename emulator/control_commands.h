@@ -30,31 +30,21 @@ std::vector<Symbol*> SymbolsOf(Map& map, const std::vector<uint32_t>& ids);
 // Queues an event `code` that carries `symbols`.
 void QueueSymbols(int code, Map& map, const std::vector<const Symbol*>& symbols);
 
+// A command handler: the words of the command line and the line itself.
+using CommandHandler = Json(const Words& words, std::string_view line);
+
 // The session, the counters and injected failures (control_session.cpp).
-Json CmdCounters(const Words& w, std::string_view line);
-Json CmdResetCounters(const Words& w, std::string_view line);
-Json CmdDump(const Words& w, std::string_view line);
-Json CmdOpenMap(const Words& w, std::string_view line);
-Json CmdCloseMap(const Words& w, std::string_view line);
-Json CmdEndSession(const Words& w, std::string_view line);
-Json CmdFail(const Words& w, std::string_view line);
+CommandHandler CmdCounters, CmdResetCounters, CmdDump, CmdOpenMap, CmdCloseMap, CmdEndSession,
+    CmdFail;
 
 // Symbols (control_symbols.cpp). CmdHide hides the symbols, or shows them
 // again when `hidden` is false.
 Json CmdHide(const Words& w, std::string_view line, bool hidden);
-Json CmdStatus(const Words& w, std::string_view line);
-Json CmdCreateSymbol(const Words& w, std::string_view line);
-Json CmdDeleteSymbols(const Words& w, std::string_view line);
-Json CmdMove(const Words& w, std::string_view line);
-Json CmdNormalize(const Words& w, std::string_view line);
+CommandHandler CmdStatus, CmdCreateSymbol, CmdDeleteSymbols, CmdMove, CmdNormalize;
 
 // Submaps, objects and field values (control_entities.cpp).
-Json CmdCreateSubmap(const Words& w, std::string_view line);
-Json CmdDeleteSubmaps(const Words& w, std::string_view line);
-Json CmdAutolayout(const Words& w, std::string_view line);
-Json CmdCreateObject(const Words& w, std::string_view line);
-Json CmdDeleteObjects(const Words& w, std::string_view line);
-Json CmdSetField(const Words& w, std::string_view line);
+CommandHandler CmdCreateSubmap, CmdDeleteSubmaps, CmdAutolayout, CmdCreateObject, CmdDeleteObjects,
+    CmdSetField;
 
 }  // namespace qxwemu
 
