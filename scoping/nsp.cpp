@@ -1,41 +1,33 @@
+// NSP's session state, and its Location ID and classification operations as
+// thin wrappers that hand that state to the logic in scoping/locationid.cpp
+// and scoping/objecttype.cpp.
 #include "scoping/nsp.h"
 
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
 
 #include "bridge/tracescope.h"
-#include "platform/qxw.h"
 #include "platform/qxwdb.h"
-#include "platform/recordowners.h"
-#include "search/findsymbol.h"
+#include "scoping/locationid.h"
 
 int NSP::m_doUseVerboseMode = 0;
-QXwFieldId NSP::m_isLocationFieldId = 0;
-QXwFieldId NSP::m_isNetworkFieldId = 0;
-QXwFieldId NSP::m_isSegmentFieldId = 0;
-QXwFieldId NSP::m_isRouterFieldId = 0;
-QXwFieldId NSP::m_isNodeFieldId = 0;
-QXwFieldId NSP::m_LocationIDFieldId = 0;
+#define SKIFF_DEFINE_NSP_FIELD_ID(member, name, fieldName) QXwFieldId NSP::member = 0;
+SKIFF_NSP_FIELDS(SKIFF_DEFINE_NSP_FIELD_ID)
+#undef SKIFF_DEFINE_NSP_FIELD_ID
 
 namespace {
 
-// A selection name, released with free; "" stands in for none when written.
-struct SelectionName {
-  explicit SelectionName(QXwObjectId objectId)
-      : text(QXwDbObjectIdToSelectionName(objectId), &std::free) {}
-  const char* get() const { return text != nullptr ? text.get() : ""; }
-  std::unique_ptr<char, decltype(&std::free)> text;
-};
+// The ids CacheNSPFieldIds stored, as one value.
+skiff::scoping::NSPFieldIds SessionFieldIds() {
+  skiff::scoping::NSPFieldIds ids;
+#define SKIFF_LOAD_NSP_FIELD_ID(member, name, fieldName) ids.name = NSP::member;
+  SKIFF_NSP_FIELDS(SKIFF_LOAD_NSP_FIELD_ID)
+#undef SKIFF_LOAD_NSP_FIELD_ID
+  return ids;
+}
 
-// The objects whose boolean capability field is true, in the database's
-// order; null when there is none.
-QXwObjectIdList* ObjectsWithCapability(QXwFieldId capabilityFieldId) {
-  QXwFieldValue isTrue{};
-  isTrue.field_type = QXW_FIELD_BOOLEAN;
-  isTrue.un.bool_val = 1;
-  QXwFieldBinding selector{capabilityFieldId, &isTrue};
-  return QXwDbListObjectsByFieldValue(&selector);
+// The session's inputs to the Location ID upkeep on that map.
+skiff::scoping::LocationIDInputs SessionInputs(QXwMapInfo* pMap) {
+  return {pMap, SessionFieldIds(), NSP::m_doUseVerboseMode != 0};
 }
 
 }  // namespace
@@ -57,133 +49,53 @@ int NSP::InitializeField(QXwFieldId& fieldId, const char* fieldName,
 
 void NSP::CacheNSPFieldIds() {
   SKIFF_TRACE("NSP::CacheNSPFieldIds");
-  InitializeField(m_isNetworkFieldId, "isNetwork", 1);
-  InitializeField(m_isSegmentFieldId, "isSegment", 1);
-  InitializeField(m_isRouterFieldId, "isRouter", 1);
-  InitializeField(m_isNodeFieldId, "isNode", 1);
-  InitializeField(m_isLocationFieldId, "isLocation", 1);
-  InitializeField(m_LocationIDFieldId, "Location ID", 1);
+  const skiff::scoping::NSPFieldIds ids = skiff::scoping::ResolveNSPFieldIds();
+#define SKIFF_STORE_NSP_FIELD_ID(member, name, fieldName) member = ids.name;
+  SKIFF_NSP_FIELDS(SKIFF_STORE_NSP_FIELD_ID)
+#undef SKIFF_STORE_NSP_FIELD_ID
 }
 
 int NSP::IsFieldAndValueIsTrue(const QXwFieldBinding* pFieldBinding, QXwFieldId capabilityFieldId) {
-  const QXwFieldValue* value = pFieldBinding->field_val;
-  return pFieldBinding->field_id == capabilityFieldId && value != nullptr && !value->is_list &&
-         value->field_type == QXW_FIELD_BOOLEAN && value->un.bool_val == 1;
+  return skiff::scoping::IsFieldAndValueIsTrue(pFieldBinding, capabilityFieldId);
 }
 
 TOPLEVEL_OBJECT_TYPE NSP::GetObjectType(QXwObjectId objectId, const char* selectionName) {
   SKIFF_TRACE("NSP::GetObjectType");
-  skiff::FieldBindListPtr capabilities(QXwDbGetCapabilityFieldValues(objectId));
-  if (capabilities == nullptr) {
-    if (selectionName != nullptr) {
-      std::fprintf(stderr,
-                   "The object with Selection Name '%s' is not a Location, Network, Segment or "
-                   "Node, ignoring...\n",
-                   selectionName);
-    } else {
-      std::fprintf(stderr,
-                   "The object with object id '%d' is not a Location, Network, Segment or Node, "
-                   "ignoring...\n",
-                   static_cast<int>(objectId));
-    }
-    return UNKNOWN_TYPE;
-  }
-  bool router = false;
-  bool node = false;
-  for (int i = 0; i < capabilities->count; ++i) {
-    const QXwFieldBinding* binding = &capabilities->fields[i];
-    if (IsFieldAndValueIsTrue(binding, m_isLocationFieldId)) return LOCATION_TYPE;
-    if (IsFieldAndValueIsTrue(binding, m_isNetworkFieldId)) return NETWORK_TYPE;
-    if (IsFieldAndValueIsTrue(binding, m_isSegmentFieldId)) return SEGMENT_TYPE;
-    if (IsFieldAndValueIsTrue(binding, m_isRouterFieldId)) {
-      router = true;
-    } else if (IsFieldAndValueIsTrue(binding, m_isNodeFieldId)) {
-      node = true;
-    }
-  }
-  return router ? ROUTER_TYPE : node ? NODE_TYPE : UNKNOWN_TYPE;
+  return skiff::scoping::GetObjectType(SessionFieldIds(), objectId, selectionName);
 }
 
 void NSP::SetLocationIDField(const QXwSymbolInfo* pSymbolInfo, const QXwSubmapInfo* pSubmapInfo) {
   SKIFF_TRACE("NSP::SetLocationIDField");
-  const QXwObjectId parentObjectId = pSubmapInfo->parent_object_id;
-  const QXwObjectId objectId = pSymbolInfo->object.object_id;
-  if (m_doUseVerboseMode) {
-    SelectionName parent(parentObjectId);
-    SelectionName child(objectId);
-    std::fprintf(stderr, "Setting 'Location ID' field: parent %s (oid:%d) / child %s (%d)\n",
-                 parent.get(), static_cast<int>(parentObjectId), child.get(),
-                 static_cast<int>(objectId));
-  }
-  QXwDbSetFieldIntegerValue(objectId, m_LocationIDFieldId, static_cast<int>(parentObjectId));
+  skiff::scoping::SetLocationIDField(SessionInputs(nullptr), pSymbolInfo, pSubmapInfo);
 }
 
 void NSP::SetLocationIDFieldIfNeeded(QXwMapInfo* pMap, const QXwSymbolInfo* pSymbolInfo) {
   SKIFF_TRACE("NSP::SetLocationIDFieldIfNeeded");
-  if (!FindSymbol::IsLocationSymbol(pSymbolInfo) && !FindSymbol::IsNetworkSymbol(pSymbolInfo)) {
-    return;
-  }
-  if (!FindSymbol::IsOnAppPlane(pSymbolInfo)) return;
-  skiff::SubmapInfoPtr submap(QXwGetSubmapInfo(pMap, pSymbolInfo->submap_id));
-  if (FindSymbol::IsInIPTopology(submap.get())) SetLocationIDField(pSymbolInfo, submap.get());
+  skiff::scoping::SetLocationIDFieldIfNeeded(SessionInputs(pMap), pSymbolInfo);
 }
 
 int NSP::MaybeSetObjectLocationIDField(QXwObjectId objectId, QXwMapInfo* pMap) {
   SKIFF_TRACE("NSP::MaybeSetObjectLocationIDField");
-  int ipMapSymbolCount = 0;
-  skiff::SymbolListPtr symbols(QXwGetSymbolsByObject(pMap, objectId));
-  for (int i = 0; symbols != nullptr && i < symbols->count; ++i) {
-    const QXwSymbolInfo* pSymbol = &symbols->symbols[i];
-    skiff::SubmapInfoPtr submap(QXwGetSubmapInfo(pMap, pSymbol->submap_id));
-    if (submap != nullptr && FindSymbol::IsOnAppPlane(pSymbol) &&
-        FindSymbol::IsInIPTopology(submap.get())) {
-      ++ipMapSymbolCount;
-      SetLocationIDField(pSymbol, submap.get());
-    }
-  }
-  if (ipMapSymbolCount != 1) {
-    SelectionName name(objectId);
-    std::fprintf(stderr,
-                 "Object %s (oid:%d) has %d symbol(s) attached (but should have exactly 1 "
-                 "attached)\n",
-                 name.get(), static_cast<int>(objectId), ipMapSymbolCount);
-  }
-  return ipMapSymbolCount > 0;
+  return skiff::scoping::MaybeSetObjectLocationIDField(SessionInputs(pMap), objectId);
 }
 
 void NSP::ResetObjectLocationIDFields(const QXwObjectIdList* pLocationOrNetworkObjectIds,
                                       QXwMapInfo* pMap) {
   SKIFF_TRACE("NSP::ResetObjectLocationIDFields");
-  if (pLocationOrNetworkObjectIds == nullptr) return;
-  for (int i = 0; i < pLocationOrNetworkObjectIds->count; ++i) {
-    MaybeSetObjectLocationIDField(pLocationOrNetworkObjectIds->object_ids[i], pMap);
-  }
-}
-
-void NSP::SynchronizeLocationIDField(QXwMapInfo* pMap, QXwFieldId capabilityFieldId,
-                                     const char* operation, const char* kind) {
-  if (m_doUseVerboseMode) std::fprintf(stderr, "Entering %s\n", operation);
-  skiff::ObjectIdListPtr objects(ObjectsWithCapability(capabilityFieldId));
-  ResetObjectLocationIDFields(objects.get(), pMap);
-  if (m_doUseVerboseMode) {
-    std::fprintf(stderr, "Leaving %s (%s count:%d)\n", operation, kind,
-                 objects != nullptr ? objects->count : 0);
-  }
+  skiff::scoping::ResetObjectLocationIDFields(SessionInputs(pMap), pLocationOrNetworkObjectIds);
 }
 
 void NSP::SynchronizeLocationIDFieldForSubLocations(QXwMapInfo* pMap) {
   SKIFF_TRACE("NSP::SynchronizeLocationIDFieldForSubLocations");
-  SynchronizeLocationIDField(pMap, m_isLocationFieldId, "SynchronizeLocationIDFieldForSubLocations",
-                             "Location");
+  skiff::scoping::SynchronizeLocationIDFieldForSubLocations(SessionInputs(pMap));
 }
 
 void NSP::SynchronizeLocationIDFieldForNetworks(QXwMapInfo* pMap) {
   SKIFF_TRACE("NSP::SynchronizeLocationIDFieldForNetworks");
-  SynchronizeLocationIDField(pMap, m_isNetworkFieldId, "SynchronizeLocationIDFieldForNetworks",
-                             "Network");
+  skiff::scoping::SynchronizeLocationIDFieldForNetworks(SessionInputs(pMap));
 }
 
 QXwObjectIdList* NSP::GetNetworkObjectIds() {
   SKIFF_TRACE("NSP::GetNetworkObjectIds");
-  return ObjectsWithCapability(m_isNetworkFieldId);
+  return skiff::scoping::ObjectsWithCapability(m_isNetworkFieldId);
 }

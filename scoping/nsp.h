@@ -1,12 +1,9 @@
-// NSP: the "Location ID" field of locations and networks, and the kind of an
-// object (location, network, segment, router, node) read from its
-// capability fields.
-//
-// "Location ID" holds the parent object of the submap on which the object's
-// application-plane symbol in the IP topology lives: for a network drawn
-// inside a location, that location. It is written for single symbols as they
-// are created and can be recomputed for every location or network at once.
-// Dispatcher thread only; the dispatcher decides when (see
+// NSP: the "Location ID" field of locations and networks (see
+// scoping/locationid.h), the kind of an object (scoping/objecttype.h) and the
+// top-most symbol selection, with the session state they read: the verbose
+// switch and the field ids. Its Location ID and classification members hand
+// that state to the logic, which takes it as arguments. Dispatcher thread
+// only; the dispatcher decides when (see
 // QxwEventDispatcher's location-tracking flags).
 #ifndef SKIFF_SCOPING_NSP_H_
 #define SKIFF_SCOPING_NSP_H_
@@ -15,19 +12,12 @@
 
 #include "platform/qxwrecords.h"
 #include "platform/recordowners.h"
+#include "scoping/nspfieldids.h"
+#include "scoping/objecttype.h"
 
 class ObjectSymbolInfoHashtable;
 class QXwSubmapInfoHashtable;
 class SubmapHashtable;
-
-enum TOPLEVEL_OBJECT_TYPE : int {
-  LOCATION_TYPE = 0,
-  NETWORK_TYPE = 1,
-  SEGMENT_TYPE = 2,
-  ROUTER_TYPE = 3,
-  NODE_TYPE = 4,
-  UNKNOWN_TYPE = 5,
-};
 
 class NSP {
  public:
@@ -52,36 +42,26 @@ class NSP {
   static void CacheNSPFieldIds();
   static QXwFieldId GetIsNetworkFieldId() { return m_isNetworkFieldId; }
 
-  // For a newly created symbol: a location or network symbol on the
-  // application plane of an IP topology submap sets its object's Location ID
-  // to that submap's parent object. Anything else changes nothing.
+  // skiff::scoping::SetLocationIDFieldIfNeeded on that map with the
+  // session's field ids and verbose switch.
   static void SetLocationIDFieldIfNeeded(QXwMapInfo* pMap, const QXwSymbolInfo* pSymbolInfo);
-  // Recomputes the Location ID of every location / every network, in the
-  // database's order (see MaybeSetObjectLocationIDField).
+  // skiff::scoping::SynchronizeLocationIDFieldForSubLocations / ...ForNetworks
+  // on that map with the session's field ids and verbose switch.
   static void SynchronizeLocationIDFieldForSubLocations(QXwMapInfo* pMap);
   static void SynchronizeLocationIDFieldForNetworks(QXwMapInfo* pMap);
   // Every object whose "isNetwork" is true, as a list the caller releases
   // with QXwDbFreeObjectIdList; null when there is none.
   static QXwObjectIdList* GetNetworkObjectIds();
 
-  // The object's kind from its capability fields: the first true one of
-  // location, network and segment in the object's field order, else router
-  // when it is a router (a router is also a node, in either order), else
-  // node, else UNKNOWN_TYPE. An object whose capability fields cannot be
-  // fetched is reported on standard error and is UNKNOWN_TYPE.
+  // skiff::scoping::GetObjectType with the session's field ids.
   static TOPLEVEL_OBJECT_TYPE GetObjectType(QXwObjectId objectId, const char* selectionName);
 
-  // Writes the symbol's object's Location ID: the submap's parent object.
-  // The result of the write is not examined.
+  // skiff::scoping::SetLocationIDField, MaybeSetObjectLocationIDField and
+  // ResetObjectLocationIDFields with the session's field ids and verbose
+  // switch.
   static void SetLocationIDField(const QXwSymbolInfo* pSymbolInfo,
                                  const QXwSubmapInfo* pSubmapInfo);
-  // Writes the object's Location ID from each of its application-plane
-  // symbols on an IP topology submap, in the platform's order (so the last
-  // wins). An object with other than exactly one such symbol is reported on
-  // standard error. 1 when at least one symbol set the field.
   static int MaybeSetObjectLocationIDField(QXwObjectId objectId, QXwMapInfo* pMap);
-  // MaybeSetObjectLocationIDField for each object of the list, in order; a
-  // null list does nothing.
   static void ResetObjectLocationIDFields(const QXwObjectIdList* pLocationOrNetworkObjectIds,
                                           QXwMapInfo* pMap);
 
@@ -149,13 +129,12 @@ class NSP {
   // such field (reported when doReportErrorIfFieldNotFound is non-zero).
   static int InitializeField(QXwFieldId& fieldId, const char* fieldName,
                              int doReportErrorIfFieldNotFound);
-  // The binding is for that capability field and its value is exactly true.
+  // skiff::scoping::IsFieldAndValueIsTrue.
   static int IsFieldAndValueIsTrue(const QXwFieldBinding* pFieldBinding,
                                    QXwFieldId capabilityFieldId);
-  // Recomputes the Location ID of every object whose capability is true;
-  // `operation` and `kind` name them in the verbose lines.
-  static void SynchronizeLocationIDField(QXwMapInfo* pMap, QXwFieldId capabilityFieldId,
-                                         const char* operation, const char* kind);
+
+  // Resolves the field ids with InitializeField.
+  friend skiff::scoping::NSPFieldIds skiff::scoping::ResolveNSPFieldIds();
 };
 
 #endif  // SKIFF_SCOPING_NSP_H_

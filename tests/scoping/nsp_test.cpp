@@ -2,7 +2,7 @@
 // Internet submap (child of "IP Internet", object 1); network 10.1.0 (4) on
 // Site A's submap; network 10.11.5 (5) on both sites' submaps; Annex (6)
 // only on the user plane.
-#include "scoping/nsp.h"
+#include "scoping/locationid.h"
 
 #include <gtest/gtest.h>
 
@@ -10,17 +10,19 @@
 #include <string>
 
 #include "platform/qxw.h"
+#include "scoping/objecttype.h"
 #include "tests/support/platform_session.h"
 
 namespace {
+
+using skiff::scoping::LocationIDInputs;
 
 class NSPTest : public testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(session_.ok()) << session_.error();
-    NSP::CacheNSPFieldIds();
+    ids_ = skiff::scoping::ResolveNSPFieldIds();
   }
-  void TearDown() override { NSP::SetVerbose(0); }
 
   // Object id -> its Location ID, for the objects that have one.
   static std::map<int, long> LocationIds() {
@@ -33,15 +35,16 @@ class NSPTest : public testing::Test {
   }
 
   skifftest::PlatformSession session_{skifftest::JavaTestMap("search.json")};
+  skiff::scoping::NSPFieldIds ids_;
 };
 
 TEST_F(NSPTest, SynchronizationWritesEveryLocationThenEveryNetworkInOrder) {
-  for (int verbose : {1, 0}) {
-    NSP::SetVerbose(verbose);
+  for (bool verbose : {true, false}) {
+    const LocationIDInputs inputs{session_.map(), ids_, verbose};
     skifftest::ResetCalls();
     testing::internal::CaptureStderr();
-    NSP::SynchronizeLocationIDFieldForSubLocations(session_.map());
-    NSP::SynchronizeLocationIDFieldForNetworks(session_.map());
+    skiff::scoping::SynchronizeLocationIDFieldForSubLocations(inputs);
+    skiff::scoping::SynchronizeLocationIDFieldForNetworks(inputs);
     const std::string verboseLines =
         "Entering SynchronizeLocationIDFieldForSubLocations\n"
         "Setting 'Location ID' field: parent IP Internet (oid:1) / child Site A (2)\n"
@@ -89,7 +92,7 @@ TEST_F(NSPTest, ANewLocationOrNetworkSymbolOnAnIPMapApplicationPlaneSetsTheField
     skifftest::ControlOk("create-symbol " + json);
     QXwSymbolList* symbols = QXwGetSymbolsByObject(session_.map(), objectId);
     ASSERT_NE(symbols, nullptr);
-    NSP::SetLocationIDFieldIfNeeded(session_.map(), &symbols->symbols[0]);
+    skiff::scoping::SetLocationIDFieldIfNeeded({session_.map(), ids_, false}, &symbols->symbols[0]);
     QXwFreeSymbolList(symbols);
     std::map<int, long> ids = LocationIds();
     EXPECT_EQ(ids.count(objectId) ? ids[objectId] : -1, c.locationId) << c.symbol;
@@ -114,13 +117,13 @@ TEST_F(NSPTest, ObjectTypeComesFromTheCapabilityFields) {
     for (const std::string& field : c.trueInOrder) {
       skifftest::ControlOk("set-field " + std::to_string(objectId) + " " + field + " TRUE");
     }
-    EXPECT_EQ(NSP::GetObjectType(objectId, "name"), c.type) << objectId;
+    EXPECT_EQ(skiff::scoping::GetObjectType(ids_, objectId, "name"), c.type) << objectId;
   }
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 
   testing::internal::CaptureStderr();
-  EXPECT_EQ(NSP::GetObjectType(999, "ghost %s%n"), UNKNOWN_TYPE);
-  EXPECT_EQ(NSP::GetObjectType(999, nullptr), UNKNOWN_TYPE);
+  EXPECT_EQ(skiff::scoping::GetObjectType(ids_, 999, "ghost %s%n"), UNKNOWN_TYPE);
+  EXPECT_EQ(skiff::scoping::GetObjectType(ids_, 999, nullptr), UNKNOWN_TYPE);
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "The object with Selection Name 'ghost %s%n' is not a Location, Network, Segment or "
             "Node, ignoring...\n"
