@@ -7,9 +7,11 @@
 #include <memory>
 #include <optional>
 
+#include "bridge/javaid.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/main.h"
 #include "dispatcher/submapcontents.h"
+#include "dispatcher/verbose.h"
 #include "platform/recordowners.h"
 #include "scoping/nsp.h"
 #include "search/findsymbol.h"

@@ -14,6 +14,7 @@
 #include "dispatcher/interfacestrings.h"
 #include "dispatcher/largedb.h"
 #include "dispatcher/main.h"
+#include "dispatcher/verbose.h"
 #include "platform/qxwdb.h"
 #include "platform/recordowners.h"
 

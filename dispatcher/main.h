@@ -12,7 +12,6 @@
 #include <jni.h>
 #include <netinet/in.h>
 
-#include <cstdio>
 #include <memory>
 
 #include "bridge/javacall.h"
@@ -424,17 +423,5 @@ class QxwEventDispatcher {
   static void DeleteInterfaceObjectsCB(void* userData, int eventType, QXwMapInfo* pMap,
                                        QXwObjectList* pObjects);
 };
-
-namespace skiff {
-
-// An id as Java's int: an id of 2^31 or more is negative there.
-inline jint JavaId(uint32_t id) { return static_cast<jint>(id); }
-
-// Writes `line` on standard error in the dispatcher's verbose mode.
-inline void DispatcherVerbose(const char* line) {
-  if (QxwEventDispatcher::m_doUseVerboseMode) std::fputs(line, stderr);
-}
-
-}  // namespace skiff
 
 #endif  // SKIFF_DISPATCHER_MAIN_H_

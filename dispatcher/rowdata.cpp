@@ -3,6 +3,7 @@
 
 #include "bridge/tracescope.h"
 #include "dispatcher/main.h"
+#include "dispatcher/verbose.h"
 
 skiff::jni::LocalRef<jstring> QxwEventDispatcher::GetSymbolRowData(QXwSymbolId symbolId,
                                                                    QXwObjectId objectId,

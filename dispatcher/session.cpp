@@ -8,6 +8,7 @@
 #include "bridge/tracescope.h"
 #include "dispatcher/fieldinfocache.h"
 #include "dispatcher/main.h"
+#include "dispatcher/verbose.h"
 #include "scoping/nsp.h"
 #include "tables/scopingcache.h"
 

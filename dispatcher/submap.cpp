@@ -9,11 +9,13 @@
 #include <memory>
 
 #include "bridge/arrays.h"
+#include "bridge/javaid.h"
 #include "bridge/text.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/largedb.h"
 #include "dispatcher/main.h"
 #include "dispatcher/submapcontents.h"
+#include "dispatcher/verbose.h"
 #include "platform/recordowners.h"
 #include "tables/idsets.h"
 #include "tables/scopingcache.h"

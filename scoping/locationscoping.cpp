@@ -8,6 +8,7 @@
 
 #include "bridge/arrays.h"
 #include "bridge/javacall.h"
+#include "bridge/javaid.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/main.h"
 #include "platform/qxcommon.h"

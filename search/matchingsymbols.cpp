@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "bridge/javacall.h"
+#include "bridge/javaid.h"
 #include "bridge/text.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/main.h"

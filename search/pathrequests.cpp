@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "bridge/javacall.h"
+#include "bridge/javaid.h"
 #include "bridge/tracescope.h"
 #include "dispatcher/main.h"
 #include "scoping/nsp.h"
