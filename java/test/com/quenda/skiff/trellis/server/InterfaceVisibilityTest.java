@@ -14,8 +14,8 @@ import org.junit.jupiter.api.Test;
  * (submap 2, where its nodes have symbols 103, 104 and 105) and its segment 20 (submap 3):
  * node 30 with interfaces 31 and 32 (symbols 120 and 121 on node submap 4; node symbols 103 and
  * 110), node 40 with interface 41 (130 on submap 5; node symbols 104 and 111). Interface 51 of
- * node 50 lies on segment 21, which has no child submap. Which symbols a request picks is also
- * tested in C++; here, what the whole request does to the map and says.
+ * node 50 lies on segment 21, which has no child submap: what the whole request does to the map
+ * and says.
  */
 class InterfaceVisibilityTest extends OneSessionTest {
     @BeforeEach
@@ -52,8 +52,9 @@ class InterfaceVisibilityTest extends OneSessionTest {
                         + " networkObjectId:10 doSetHidden:1\n returning 1\n"
                         // The platform reports the change like any other.
                         + "SymbolsHiddenCB\n"),
-                // The node's other interface is visible, first in the list.
+                // The node's other interface is visible, before or after this one in the list.
                 new Case("", new int[] {32}, true, false, Set.of(121L, 110L), ""),
+                new Case("", new int[] {31}, true, false, Set.of(120L, 110L), ""),
                 // The other one is hidden already.
                 new Case("121", new int[] {31}, true, false, Set.of(120L, 121L, 110L, 103L), ""),
                 // Showing one while the other stays hidden.
@@ -61,7 +62,8 @@ class InterfaceVisibilityTest extends OneSessionTest {
                 // A segment without a child submap adds nothing, and says so.
                 new Case("", new int[] {51, 41}, true, false, Set.of(130L, 111L, 104L),
                         "QxwEventDispatcher::GetAssociatedIPMapSymbolsInvolvedInVisibilityChange"
-                                + " segmentObjectId=21 has no child submap!\n"))) {
+                                + " segmentObjectId=21 has no child submap!\n"),
+                new Case("", new int[] {}, true, false, Set.of(), ""))) {
             String name = Arrays.toString(c.interfaces()) + (c.hide() ? " hidden" : " shown")
                     + " after hiding [" + c.hiddenBefore() + "]";
             showEverySymbolQuietly();
