@@ -132,38 +132,6 @@ TEST_F(EventsTest, ListsInCreationOrderByPlaneAndApplication) {
   EXPECT_STREQ(QXwErrorMsg(QXwError()), "no such submap: 99");
 }
 
-// What qxw-monitor does not print of the records the library reads.
-TEST_F(EventsTest, RecordsCarryTheirObjectConnectionAndSubmap) {
-  QXwSymbolList* list = QXwListSymbols(map(), 3, QXW_PLANE_ALL, nullptr);
-  ASSERT_NE(list, nullptr);
-  const QXwSymbolInfo& host = list->symbols[1];
-  EXPECT_EQ(host.object.child_submap_id, 4u);
-  EXPECT_EQ(host.object.num_symbols, 2);
-  const QXwSymbolInfo& link = list->symbols[4];
-  EXPECT_EQ(link.var_un.conninfo.endpoint1_id, 103u);
-  EXPECT_EQ(link.var_un.conninfo.endpoint2_id, 104u);
-  EXPECT_EQ(link.var_un.conninfo.is_meta_conn, 1);
-  QXwFreeSymbolList(list);
-
-  QXwSymbolList* ofRouter = QXwGetSymbolsByObject(map(), 30);
-  EXPECT_EQ(ofRouter->symbols[0].status_source, QXW_STATUS_SOURCE_COMPOUND);
-  EXPECT_EQ(ofRouter->symbols[0].symbol_status, 4u);
-  EXPECT_EQ(Ids(ofRouter), (std::vector<QXwSymbolId>{102, 103}));
-  EXPECT_EQ(Ids(QXwGetSymbolsByObject(map(), 51)), std::vector<QXwSymbolId>{});
-  EXPECT_EQ(Ids(QXwGetSymbolsByObject(map(), 999)), std::vector<QXwSymbolId>{0});
-  EXPECT_STREQ(QXwErrorMsg(QXwError()), "no such object: 999");
-  EXPECT_EQ(QXwGetObjectInfo(map(), 999), nullptr);
-
-  QXwSubmapInfo* submap = QXwGetSubmapInfo(map(), 3);
-  ASSERT_NE(submap, nullptr);
-  EXPECT_EQ(submap->layout_style, 3);
-  EXPECT_STREQ(submap->bg_graphics, "net.gif");
-  QXwFreeSubmapInfo(submap);
-  QXwSubmapInfo* meta = QXwGetSubmapInfo(map(), 5);
-  EXPECT_EQ(meta->submap_policy, QXW_SUBMAP_POLICY_META_CONNECTION);
-  QXwFreeSubmapInfo(meta);
-}
-
 TEST_F(EventsTest, PlatformChangesReportOnlyTheSymbolsThatChanged) {
   QXwSymbolId ids[] = {104, 103, 103};  // 104 is hidden already
   QXwSymbolIdList list{3, ids}, first{1, ids};
