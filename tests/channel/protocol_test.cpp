@@ -29,7 +29,6 @@ TEST(RequestFormat, EveryRequestIsWrittenInItsFormat) {
     std::string expected;
   };
   const Case cases[] = {
-      {"submap", [](Message& m) { return FormatNumbers(m, kGetSubmapAndSymbols, {7}); }, "1 7"},
       {"row data, ids of 2^31 and more travel negative",
        [](Message& m) {
          return FormatNumbers(m, kGetSymbolRowData, {0x80000000u, 0xFFFFFFFFu, 3});
@@ -46,8 +45,6 @@ TEST(RequestFormat, EveryRequestIsWrittenInItsFormat) {
       {"search: the query comes last, spaces and all",
        [](Message& m) { return FormatMatchingSymbols(m, 0, 1, "IP Internet *", 2); },
        "7 0\v1\v2\vIP Internet *"},
-      {"scoping information: the code alone",
-       [](Message& m) { return FormatNumbers(m, kGetLocationScopingInfo, {}); }, "8"},
   };
   for (const Case& c : cases) {
     Message message;
