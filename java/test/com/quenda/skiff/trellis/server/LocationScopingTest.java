@@ -80,15 +80,10 @@ class LocationScopingTest extends OneSessionTest {
         }
         assertEquals(Set.of(2, 3), dispatcher.getNetworkLocations().get(21));
         // The verbose line of the report has no line end of its own.
-        client.open(false, true, false);
-        try {
-            assertEquals("SymbolsCreatedCB\n"
-                    + "ScopingCache::GetChildSubmapId determined that the submapId is 2\n"
-                    + "ScopingNetworkCreatedCB 26 0",
-                    TestNative.captureStderr(() -> networkSymbol(26, 2, 2, "Network:IP")));
-        } finally {
-            client.open(false, false, false);
-        }
+        assertEquals("SymbolsCreatedCB\n"
+                + "ScopingCache::GetChildSubmapId determined that the submapId is 2\n"
+                + "ScopingNetworkCreatedCB 26 0", verbose(() -> networkSymbol(26, 2, 2,
+                        "Network:IP")));
         // A user-plane symbol of a network that has an application-plane place is not reported.
         assertEquals(List.of(), callbacks("create-symbol {\"submap\": 3, \"object\": 11,"
                 + " \"type\": \"Network:IP\", \"variety\": 1, \"plane\": 4}").stream()

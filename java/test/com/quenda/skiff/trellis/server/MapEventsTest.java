@@ -72,12 +72,7 @@ class MapEventsTest extends OneSessionTest {
     /** The callbacks of the commands, in verbose mode, then what it wrote on standard error. */
     private static List<String> verboseCallbacks(String... commands) throws Exception {
         List<String> log = new ArrayList<>();
-        client.open(false, true, false);
-        try {
-            log.add(TestNative.captureStderr(() -> log.addAll(callbacks(commands))));
-        } finally {
-            client.open(false, false, false);
-        }
+        log.add(verbose(() -> log.addAll(callbacks(commands))));
         return log;
     }
 

@@ -35,15 +35,6 @@ class MapSessionTest extends OneSessionTest {
                 + (node == 0 ? "" : ", \"TopM Node ID\": " + node) + "}}";
     }
 
-    private static String verbose(TestNative.Action action) throws Exception {
-        client.open(false, true, false);
-        try {
-            return TestNative.captureStderr(action);
-        } finally {
-            client.open(false, false, false);
-        }
-    }
-
     @Test
     @Order(1)
     void interfacesReachJavaWithTheirNodesThoseWithoutANodeLeftOut() throws Exception {

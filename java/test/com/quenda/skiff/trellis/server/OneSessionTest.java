@@ -49,6 +49,16 @@ abstract class OneSessionTest {
         return log.subList(before, log.size());
     }
 
+    /** What the action writes on standard error with the client's verbose mode on. */
+    static String verbose(TestNative.Action action) throws Exception {
+        client.open(false, true, false);
+        try {
+            return TestNative.captureStderr(action);
+        } finally {
+            client.open(false, false, false);
+        }
+    }
+
     @AfterAll
     static void endSession() throws Exception {
         if (!session.ended()) session.end(control);
