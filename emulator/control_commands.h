@@ -24,6 +24,10 @@ Session& OpenSession();
 Map& TheMap();
 // The symbol `id` of `map`; throws Refusal when it does not exist.
 Symbol& SymbolOf(Map& map, uint32_t id);
+// The submap or object `id`; refuses with "... does not exist" when there is
+// none.
+Submap& SubmapOf(Map& map, uint32_t id);
+Object& ObjectOf(Map& map, uint32_t id);
 // The symbols `ids` of `map`, in that order; throws Refusal when one does
 // not exist.
 std::vector<Symbol*> SymbolsOf(Map& map, const std::vector<uint32_t>& ids);

@@ -77,11 +77,7 @@ Json CmdCreateSubmap(const Words&, std::string_view line) {
 Json CmdDeleteSubmaps(const Words& w, std::string_view) {
   Map& map = TheMap();
   std::vector<uint32_t> ids = ParseIds(w, 1);
-  for (uint32_t id : ids) {
-    if (map.FindSubmap(id) == nullptr) {
-      throw Refusal{"submap " + std::to_string(id) + " does not exist"};
-    }
-  }
+  for (uint32_t id : ids) SubmapOf(map, id);
   QueueAndRemove(map, map.SubmapsRemoval(ids));
   return Ok();
 }
@@ -90,9 +86,7 @@ Json CmdDeleteSubmaps(const Words& w, std::string_view) {
 Json CmdAutolayout(const Words& w, std::string_view) {
   ExpectWords(w, 3, 3);
   Map& map = TheMap();
-  uint32_t id = ParseId(w[1]);
-  Submap* s = map.FindSubmap(id);
-  if (s == nullptr) throw Refusal{"submap " + std::to_string(id) + " does not exist"};
+  Submap* s = &SubmapOf(map, ParseId(w[1]));
   s->layoutOn = ParseFlag(w[2]);
   Event e;
   e.code = QXW_EVENT_SUBMAP_AUTOLAYOUT;
@@ -107,7 +101,6 @@ Json CmdCreateObject(const Words&, std::string_view line) {
   std::string_view rest = AfterWords(line, 1);
   Map& map = TheMap();
   Json argument = Json::parse(rest.begin(), rest.end(), nullptr, false);
-  if (argument.is_discarded()) throw Refusal{"the argument is not valid JSON"};
   const bool many = argument.is_array();
   if (!many) argument = Json::array({ParseJsonArgument(rest)});
   if (argument.empty()) throw Refusal{"no object was given"};
@@ -169,11 +162,7 @@ Json CmdCreateObject(const Words&, std::string_view line) {
 Json CmdDeleteObjects(const Words& w, std::string_view) {
   Map& map = TheMap();
   std::vector<uint32_t> ids = ParseIds(w, 1);
-  for (uint32_t id : ids) {
-    if (map.FindObject(id) == nullptr) {
-      throw Refusal{"object " + std::to_string(id) + " does not exist"};
-    }
-  }
+  for (uint32_t id : ids) ObjectOf(map, id);
   QueueAndRemove(map, map.ObjectsRemoval(ids));
   return Ok();
 }
@@ -184,10 +173,11 @@ Json CmdSetField(const Words& w, std::string_view line) {
   if (w.size() < 4) throw Refusal{"usage: set-field OBJECT FIELD VALUE"};
   Map& map = TheMap();
   uint32_t objectId = ParseId(w[1]);
-  Object* object = map.FindObject(objectId);
-  if (object == nullptr) throw Refusal{"object " + std::to_string(objectId) + " does not exist"};
+  Object* object = &ObjectOf(map, objectId);
   const FieldDef* field = map.FieldByName(w[2]);
-  if (field == nullptr && std::all_of(w[2].begin(), w[2].end(), ::isdigit) && !w[2].empty()) {
+  if (field == nullptr &&
+      std::all_of(w[2].begin(), w[2].end(), [](unsigned char c) { return std::isdigit(c); }) &&
+      !w[2].empty()) {
     field = map.FieldById(ParseId(w[2]));
   }
   if (field == nullptr) throw Refusal{"field \"" + w[2] + "\" does not exist"};

@@ -14,6 +14,18 @@ Symbol& SymbolOf(Map& map, uint32_t id) {
   return *s;
 }
 
+Submap& SubmapOf(Map& map, uint32_t id) {
+  Submap* s = map.FindSubmap(id);
+  if (s == nullptr) throw Refusal{"submap " + std::to_string(id) + " does not exist"};
+  return *s;
+}
+
+Object& ObjectOf(Map& map, uint32_t id) {
+  Object* o = map.FindObject(id);
+  if (o == nullptr) throw Refusal{"object " + std::to_string(id) + " does not exist"};
+  return *o;
+}
+
 std::vector<Symbol*> SymbolsOf(Map& map, const std::vector<uint32_t>& ids) {
   std::vector<Symbol*> out;
   for (uint32_t id : ids) out.push_back(&SymbolOf(map, id));
