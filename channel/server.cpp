@@ -10,14 +10,13 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
-#include <memory>
 
 #include "bridge/tracescope.h"
 #include "channel/protocol.h"
 #include "channel/qxwinterface.h"
 #include "channel/socketio.h"
 #include "dispatcher/main.h"
+#include "tables/keyedtable.h"
 
 using skiff::channel::kMessageSize;
 using skiff::channel::MessageAssembler;
@@ -58,9 +57,8 @@ bool ServeNodeSymbol(char* arguments) {
 // is no such node.
 bool ServeNodeParentPath(char* arguments) {
   skiff::channel::NodeParentPathRequest request = skiff::channel::ParseNodeParentPath(arguments);
-  std::unique_ptr<char, decltype(&std::free)> name(
-      QxwEventDispatcher::GetNodeSelectionNameGivenHostnameOrIPAddress(request.hostnameOrIPAddress),
-      &std::free);
+  skiff::OwnedText name(QxwEventDispatcher::GetNodeSelectionNameGivenHostnameOrIPAddress(
+      request.hostnameOrIPAddress));
   if (name != nullptr) {
     QxwEventDispatcher::GetNodeSymbol(name.get(), request.parentSelectionName, 0, 1,
                                       request.numRootObjects);
