@@ -36,13 +36,13 @@ public final class NativeLibrary {
         if (onPath != null) {
             System.load(onPath.toAbsolutePath().toString());
         } else {
-            String os = System.getProperty("os.name") + " " + System.getProperty("os.arch");
-            String platform = platform(System.getProperty("os.name"),
-                    System.getProperty("os.arch"));
+            String osName = System.getProperty("os.name");
+            String osArch = System.getProperty("os.arch");
+            String platform = platform(osName, osArch);
             if (platform == null || !carries(platform)) {
                 throw new UnsatisfiedLinkError("skiff-qxw: " + System.mapLibraryName("skiffqxw")
                         + " is not on java.library.path (" + libraryPath
-                        + ") and the jar carries none for " + os);
+                        + ") and the jar carries none for " + osName + " " + osArch);
             }
             loadCarried(platform);
         }
@@ -93,10 +93,13 @@ public final class NativeLibrary {
                     Files.copy(in, folder.resolve(System.mapLibraryName(name)));
                 }
             }
-            System.load(folder.resolve(System.mapLibraryName("skiffqxw")).toString());
+            for (String name : CARRIED) {
+                System.load(folder.resolve(System.mapLibraryName(name)).toString());
+            }
         } catch (IOException e) {
             UnsatisfiedLinkError error = new UnsatisfiedLinkError("skiff-qxw: cannot extract the"
-                    + " jar's libraries for " + platform + " to " + folder + ": " + e);
+                    + " jar's libraries for " + platform + (folder == null ? "" : " to " + folder)
+                    + ": " + e);
             error.initCause(e);
             throw error;
         } finally {
