@@ -21,11 +21,9 @@ class HighIdsTest extends OneSessionTest {
     static final int PEER_SYMBOL = (int) 3000000002L;
     static final int LINK_SYMBOL = (int) 3000000001L;
 
-    private static List<String> logOf(Runnable request) {
-        int before = dispatcher.log().size();
-        request.run();
-        List<String> log = dispatcher.log();
-        return log.subList(before, log.size()).stream()
+    /** The report's entries but the field values, which are not about ids. */
+    private static List<String> reported(TestNative.Action request) throws Exception {
+        return logOf(request).stream()
                 .filter(e -> !e.startsWith("qxwdbObjectFieldValuesInCache")
                         && !e.startsWith("setQxwdbObjectFieldValues"))
                 .toList();
@@ -40,9 +38,9 @@ class HighIdsTest extends OneSessionTest {
                         + " -294967296, 0, false, 2, 0, 0, -2, 0)",
                 "addConnectionSymbol(-1294967295, -1, , Connection:IP, 2, 0, -1294967293, 0,"
                         + " false, -2, -1294967294)"),
-                logOf(() -> assertTrue(client.getSubmapAndSymbols(FAR))));
+                reported(() -> assertTrue(client.getSubmapAndSymbols(FAR))));
         assertEquals(List.of("getSymbolRowData(-2, -1294967296, 0)"),
-                logOf(() -> assertTrue(client.getSymbolRowData(HOST_SYMBOL, HOST, 0))));
+                reported(() -> assertTrue(client.getSymbolRowData(HOST_SYMBOL, HOST, 0))));
         assertEquals(List.of(new FoundSymbol("far-host", "Far", "far-host", HOST, HOST_SYMBOL,
                 FAR, "Computer:Workstation", 0)), client.getMatchingSymbols(
                         FoundSymbol.Category.OBJECTNAME, FoundSymbol.MatchType.MATCH_EXACTLY,

@@ -1,6 +1,5 @@
 package com.quenda.skiff.trellis.server;
 
-import java.io.IOException;
 import java.lang.annotation.ElementType;
 import java.lang.annotation.Retention;
 import java.lang.annotation.RetentionPolicy;
@@ -40,13 +39,20 @@ abstract class OneSessionTest {
         control = new EmulatorControl();
     }
 
-    /** The callbacks the emulator control commands make, once each has been delivered. */
-    static List<String> callbacks(String... commands) throws IOException {
+    /** What the dispatcher recorded while `action` ran. */
+    static List<String> logOf(TestNative.Action action) throws Exception {
         int before = dispatcher.log().size();
-        for (String command : commands) control.ok(command);
-        control.ok("sync");
+        action.run();
         List<String> log = dispatcher.log();
         return log.subList(before, log.size());
+    }
+
+    /** The callbacks the emulator control commands make, once each has been delivered. */
+    static List<String> callbacks(String... commands) throws Exception {
+        return logOf(() -> {
+            for (String command : commands) control.ok(command);
+            control.ok("sync");
+        });
     }
 
     /** What the action writes on standard error with the client's verbose mode on. */

@@ -20,10 +20,8 @@ class WideSubmapTest extends OneSessionTest {
         MapDump map = MapDump.of(control);
         int wide = map.submaps.values().stream().filter(s -> "wide-segment".equals(s.get("name")))
                 .map(s -> ((Long) s.get("id")).intValue()).findFirst().orElseThrow();
-        int before = dispatcher.log().size();
-        assertTrue(client.getSubmapAndSymbols(wide));
         // Every node, each with its own field values, in the platform's order.
-        List<String> log = dispatcher.log().subList(before, dispatcher.log().size());
+        List<String> log = logOf(() -> assertTrue(client.getSubmapAndSymbols(wide)));
         assertEquals(List.of((long) NODES, (long) NODES), List.of(
                 log.stream().filter(e -> e.startsWith("addNodeSymbol(")).count(),
                 log.stream().filter(e -> e.startsWith("setQxwdbObjectFieldValues(")).count()));
