@@ -137,8 +137,7 @@ void CloseFieldInfoCache() {
 
 QXwFieldInfo* GetFieldInfo(QXwFieldId fieldId) {
   SKIFF_TRACE("GetFieldInfo");
-  if (s_pQXwdbFieldInfoHashtable == nullptr) return nullptr;
-  return s_pQXwdbFieldInfoHashtable->GetFieldInfo(fieldId);
+  return OpenFieldInfoTables().Info(fieldId);
 }
 
 QXwFieldInfo* GetFieldInfo(QXwFieldId fieldId, bool* pFieldWasAlreadyInCache) {
@@ -151,13 +150,26 @@ QXwFieldInfo* GetFieldInfo(QXwFieldId fieldId, bool* pFieldWasAlreadyInCache) {
   return pFieldInfo;
 }
 
-const char* GetEnumValueAsString(QXwFieldId fieldId, int enumValue) {
-  SKIFF_TRACE("GetEnumValueAsString");
-  QXwEnumConstants* pEnumConstants = GetEnumConstants(fieldId);
+QXwFieldInfo* FieldInfoTables::Info(QXwFieldId fieldId) const {
+  return infos != nullptr ? infos->GetFieldInfo(fieldId) : nullptr;
+}
+
+const char* FieldInfoTables::EnumName(QXwFieldId fieldId, int enumValue) const {
+  QXwEnumConstants* pEnumConstants =
+      enums != nullptr ? enums->GetFieldEnumConstants(fieldId) : nullptr;
   if (pEnumConstants == nullptr || enumValue < 0 || enumValue >= pEnumConstants->count) {
     return nullptr;
   }
   return pEnumConstants->names[enumValue];
+}
+
+FieldInfoTables OpenFieldInfoTables() {
+  return {s_pQXwdbFieldInfoHashtable.get(), s_pQXwdbEnumConstantsHashtable.get()};
+}
+
+const char* GetEnumValueAsString(QXwFieldId fieldId, int enumValue) {
+  SKIFF_TRACE("GetEnumValueAsString");
+  return OpenFieldInfoTables().EnumName(fieldId, enumValue);
 }
 
 QXwEnumConstants* GetEnumConstants(QXwFieldId fieldId) {

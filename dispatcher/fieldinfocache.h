@@ -71,6 +71,22 @@ class QXwdbEnumConstantsHashtable : public _Hash {
   void Insert(QXwFieldId fieldId, QXwEnumConstants* pEnumConstants);
 };
 
+// A pair of tables to describe fields with: the open cache's, or a caller's
+// own. A null table answers every lookup with null.
+struct FieldInfoTables {
+  QXwdbFieldInfoHashtable* infos;
+  QXwdbEnumConstantsHashtable* enums;
+
+  // The field's description (owned by the table), or null.
+  QXwFieldInfo* Info(QXwFieldId fieldId) const;
+  // The name of constant enumValue of the field (the table's text), or null
+  // when the field has no constants or the value is outside them.
+  const char* EnumName(QXwFieldId fieldId, int enumValue) const;
+};
+
+// The open cache's tables; both null while the cache is closed.
+FieldInfoTables OpenFieldInfoTables();
+
 // Opens the cache, loading every field description. Tables of an earlier
 // open are discarded.
 void OpenFieldInfoCache();

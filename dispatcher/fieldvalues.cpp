@@ -59,14 +59,14 @@ ToolTipFields ToolTipFieldsOf(const FieldIds& ids) {
 }
 
 std::vector<ToolTipProperty> RenderToolTipFields(const QXwFieldBindList& bindings,
-                                                 const ToolTipFields& toolTipFields,
-                                                 bool isLargeDb) {
+                                                 const ToolTipFields& toolTipFields, bool isLargeDb,
+                                                 const FieldInfoTables& tables) {
   std::vector<ToolTipProperty> properties;
   for (int i = 0; i < bindings.count; ++i) {
     const QXwFieldBinding& binding = bindings.fields[i];
     const QXwFieldValue* value = binding.field_val;
     if (value == nullptr || !toolTipFields.Contains(binding.field_id)) continue;
-    const QXwFieldInfo* info = GetFieldInfo(binding.field_id);
+    const QXwFieldInfo* info = tables.Info(binding.field_id);
     if (info == nullptr) continue;
     const char* name = info->field_name;
     if (value->is_list) {
@@ -91,7 +91,7 @@ std::vector<ToolTipProperty> RenderToolTipFields(const QXwFieldBindList& binding
         properties.push_back({name, value->un.bool_val == 1 ? "TRUE" : "FALSE", false});
         break;
       case QXW_FIELD_ENUMERATION: {
-        const char* constant = GetEnumValueAsString(binding.field_id, value->un.enum_val);
+        const char* constant = tables.EnumName(binding.field_id, value->un.enum_val);
         properties.push_back({name, constant != nullptr ? constant : "", true});
         break;
       }
@@ -131,8 +131,8 @@ skiff::jni::LocalRef<jobject> QxwEventDispatcher::GetObjectFieldValues(JNIEnv* p
 
   skiff::FieldBindListPtr bindings(QXwDbGetFieldValues(objectId));
   if (bindings == nullptr) return properties;
-  for (const skiff::ToolTipProperty& property :
-       skiff::RenderToolTipFields(*bindings, SessionToolTipFields(), skiff::IsLargeDb())) {
+  for (const skiff::ToolTipProperty& property : skiff::RenderToolTipFields(
+           *bindings, SessionToolTipFields(), skiff::IsLargeDb(), OpenFieldInfoTables())) {
     LocalRef<jstring> key = skiff::jni::NewUtf8String(pEnv, property.key);
     LocalRef<jstring> value =
         property.isPlatformText ? LocalRef<jstring>(pEnv, mb2jstring(pEnv, property.value.c_str()))

@@ -14,6 +14,8 @@
 #include "dispatcher/fieldids.h"
 #include "platform/qxwrecords.h"
 
+struct FieldInfoTables;
+
 namespace skiff {
 
 // The fields an object's tool tip shows.
@@ -42,12 +44,12 @@ struct ToolTipProperty {
 };
 
 // The properties of the object's field bindings that are tool-tip fields, in
-// the bindings' order. A key may recur; the later property then replaces the earlier one. Fields
-// the field information cache does not know are skipped; an enumeration
+// the bindings' order. A key may recur; the later property then replaces the
+// earlier one. Fields the tables cannot describe are skipped; an enumeration
 // value without a constant name, and an absent string, render as "".
 std::vector<ToolTipProperty> RenderToolTipFields(const QXwFieldBindList& bindings,
-                                                 const ToolTipFields& toolTipFields,
-                                                 bool isLargeDb);
+                                                 const ToolTipFields& toolTipFields, bool isLargeDb,
+                                                 const FieldInfoTables& tables);
 
 }  // namespace skiff
 

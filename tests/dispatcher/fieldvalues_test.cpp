@@ -25,11 +25,12 @@ constexpr char kFieldsMap[] = R"({
 
 using Rendered = std::vector<std::tuple<std::string, std::string, bool>>;
 
-Rendered Render(const skiff::FieldIds& ids, std::vector<QXwFieldBinding> bindings) {
+Rendered Render(const skiff::FieldIds& ids, const FieldInfoTables& tables,
+                std::vector<QXwFieldBinding> bindings) {
   QXwFieldBindList list{static_cast<int>(bindings.size()), bindings.data()};
   Rendered rendered;
   for (const skiff::ToolTipProperty& p :
-       skiff::RenderToolTipFields(list, skiff::ToolTipFieldsOf(ids), false)) {
+       skiff::RenderToolTipFields(list, skiff::ToolTipFieldsOf(ids), false, tables)) {
     rendered.emplace_back(p.key, p.value, p.isPlatformText);
   }
   return rendered;
@@ -53,12 +54,13 @@ class FieldValuesTest : public testing::Test {
  protected:
   void SetUp() override {
     ASSERT_TRUE(session_.ok()) << session_.error();
-    OpenFieldInfoCache();
     ids_ = skiff::ResolveFieldIds();
   }
-  void TearDown() override { CloseFieldInfoCache(); }
 
   skifftest::PlatformSession session_{kFieldsMap};
+  QXwdbFieldInfoHashtable infos_;
+  QXwdbEnumConstantsHashtable enums_;
+  FieldInfoTables tables_{&infos_, &enums_};
   skiff::FieldIds ids_;
 };
 
@@ -70,26 +72,26 @@ TEST_F(FieldValuesTest, ValuesWithoutATextOfTheirOwnRenderAsDefaults) {
                                ids_.vendor};
   std::vector<QXwFieldBinding> bindings;
   for (size_t i = 0; i < std::size(values); ++i) bindings.push_back({fields[i], &values[i]});
-  EXPECT_EQ(Render(ids_, bindings), (Rendered{{"SNMP sysObjectID", "", true},
-                                              {"isNormalized", "FALSE", false},
-                                              {"vendor", "Acme", true},
-                                              {"vendor", "", true},
-                                              {"vendor", "", true}}));
+  EXPECT_EQ(Render(ids_, tables_, bindings), (Rendered{{"SNMP sysObjectID", "", true},
+                                                       {"isNormalized", "FALSE", false},
+                                                       {"vendor", "Acme", true},
+                                                       {"vendor", "", true},
+                                                       {"vendor", "", true}}));
 }
 
 TEST_F(FieldValuesTest, AFieldTheCacheCannotDescribeIsSkipped) {
-  CloseFieldInfoCache();
   skifftest::ControlOk("fail QXwDbListFields 1 1");
-  OpenFieldInfoCache();
+  QXwdbFieldInfoHashtable unlisted;
+  FieldInfoTables tables{&unlisted, &enums_};
   skifftest::ControlOk("fail QXwDbGetFieldInfo 1 1");
   QXwFieldValue name = Text("host-a");
   testing::internal::CaptureStderr();
-  Rendered rendered = Render(ids_, {{ids_.selectionName, &name}});
+  Rendered rendered = Render(ids_, tables, {{ids_.selectionName, &name}});
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
             "QXwDbGetFieldInfo call failed for field " + std::to_string(ids_.selectionName));
   EXPECT_TRUE(rendered.empty());
   // The next lookup asks again and succeeds.
-  EXPECT_EQ(Render(ids_, {{ids_.selectionName, &name}}),
+  EXPECT_EQ(Render(ids_, tables, {{ids_.selectionName, &name}}),
             (Rendered{{"Selection Name", "host-a", true}}));
 }
 
