@@ -15,14 +15,10 @@
 #include <cstring>
 #include <string>
 
-#include <nlohmann/json.hpp>
-
 #include "emulator/qxwemu.h"
 #include "tests/support/platform_session.h"
 
 namespace {
-
-using nlohmann::json;
 
 const std::string kOk = R"({"ok":true})";
 
@@ -180,16 +176,6 @@ TEST(MonitorTest, EveryCommandAnswersAndItsEventIsPrintedBeforeSyncAnswers) {
   };
   // Printed already: no waiting allowed.
   for (const char* line : expected) EXPECT_EQ(monitor.Event(0), line);
-
-  EXPECT_EQ(monitor.Command("reset-counters"), kOk);
-  monitor.Command("ping");
-  monitor.Command("ping");
-  // Each command is applied by one QXwProcessEvent of the monitor's loop.
-  EXPECT_GE(json::parse(monitor.Command("counters"))["counters"]["QXwProcessEvent"].get<int>(), 2);
-  EXPECT_EQ(monitor.Command("fail QXwInit 3"), kOk);
-  EXPECT_EQ(monitor.Command("fail QXwInit x"),
-            R"({"ok":false,"error":"the code must be an integer, not \"x\""})");
-  EXPECT_EQ(monitor.Command("fail QXwInit off"), kOk);
 
   EXPECT_EQ(monitor.Command("close-map"), kOk);
   EXPECT_EQ(monitor.Command("open-map"), kOk);

@@ -199,11 +199,6 @@ TEST_F(EventsTest, InjectedFailuresFailTheWayTheFunctionDoesAndAreCounted) {
   ControlOk("fail QXwSetSymbolsVisibility off");
   EXPECT_EQ(QXwSetSymbolsVisibility(map(), &list, 1), 0);
 
-  ControlOk("fail QXwAddCallback 42 1");
-  EXPECT_LT(QXwAddCallback(QXW_EVENT_SYMBOL_MOVED, nullptr,
-                           reinterpret_cast<QXwCallbackProc>(OnMoved), nullptr),
-            0);
-  EXPECT_STREQ(QXwErrorMsg(QXwError()), "unknown error 42");
   ControlOk("fail QXwAddInput 1 1");
   EXPECT_EQ(QXwAddInput(
                 0, QXW_INPUT_READABLE, [](int, void*) {}, nullptr),
@@ -242,6 +237,7 @@ TEST_F(EventsTest, RefusedCommandsChangeNothing) {
       {"open-map /nonexistent.json", "/nonexistent.json: cannot be read"},
       {"delete-objects 30 999", "object 999 does not exist"},
       {"frobnicate", "unknown command \"frobnicate\""},
+      {"fail QXwInit x", "the code must be an integer, not \"x\""},
       {"hide \"103", "unterminated quoted word"},
   };
   std::string before = qxwemu::Control("dump");

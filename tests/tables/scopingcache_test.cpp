@@ -22,10 +22,7 @@ class ScopingCacheTest : public testing::Test {
     ScopingCache::OpenScopeCache();
     skifftest::ResetCalls();
   }
-  void TearDown() override {
-    ScopingCache::SetVerbose(0);
-    ScopingCache::CloseScopeCache();
-  }
+  void TearDown() override { ScopingCache::CloseScopeCache(); }
   QXwSubmapId Child(const char* name) {
     return ScopingCache::GetChildSubmapId(session_.map(), name);
   }
@@ -83,27 +80,6 @@ TEST_F(ScopingCacheTest, ForgetsADeletedObjectAndFindsTheNewObjectOfItsName) {
   ControlOk(R"(create-object {"id": 61, "childSubmap": 5, "fields": {"Selection Name": "spare"}})");
   EXPECT_EQ(Child("spare"), 5u);
   EXPECT_EQ(ScopingCache::MapSelectionNameToObjectId("spare"), 61u);
-}
-
-TEST_F(ScopingCacheTest, VerboseModeWritesEachStep) {
-  ScopingCache::SetVerbose(1);
-  testing::internal::CaptureStderr();
-  Child("IP Internet");
-  Child("IP Internet");
-  Child("nobody");
-  EXPECT_EQ(
-      testing::internal::GetCapturedStderr(),
-      "ScopingCache::MapSelectionNameToObjectId QXwDbSelectionNameToObjectId() call returned 10\n"
-      "ScopingCache::MapObjectIdToSubmapId QXwGetObjectInfo() call returned 1\n"
-      "ScopingCache::GetChildSubmapId determined that the submapId is 2\n"
-      "ScopingCache::GetChildSubmapId determined that the submapId is 2\n"
-      "ScopingCache::MapSelectionNameToObjectId QXwDbSelectionNameToObjectId() call returned 0\n"
-      "ScopingCache::GetChildSubmapId determined that the submapId is 0\n");
-
-  ScopingCache::SetVerbose(0);
-  testing::internal::CaptureStderr();
-  Child("net1");
-  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
 }
 
 TEST_F(ScopingCacheTest, CloseTwiceOrWithoutOpenIsHarmlessAndReopenStartsEmpty) {
