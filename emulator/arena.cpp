@@ -1,6 +1,7 @@
 #include "emulator/arena.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -10,6 +11,7 @@ namespace qxwemu {
 
 namespace {
 constexpr uint64_t kMagic = 0x51587741524e4131ULL;  // marks a chain's first chunk
+std::atomic<long> g_outstanding{0};                 // records handed out, not released
 constexpr size_t kMaxChunk = 1 << 20;
 }  // namespace
 
@@ -79,7 +81,10 @@ void Arena::ReleaseOwnership(const void* top) {
     std::abort();
   }
   finished_ = true;
+  g_outstanding.fetch_add(1, std::memory_order_relaxed);
 }
+
+long Arena::Outstanding() { return g_outstanding.load(std::memory_order_relaxed); }
 
 void Arena::Release(const void* top) {
   if (top == nullptr) return;
@@ -92,6 +97,7 @@ void Arena::Release(const void* top) {
     std::abort();
   }
   chunk->magic = 0;
+  g_outstanding.fetch_sub(1, std::memory_order_relaxed);
   for (Chunk* c = chunk; c != nullptr;) {
     Chunk* next = c->next;
     std::free(c);

@@ -38,6 +38,8 @@ class Arena {
 
   // Frees the chain whose top record is `top` (null is ignored).
   static void Release(const void* top);
+  // How many records have been handed to callers and not released yet.
+  static long Outstanding();
 
   Arena(const Arena&) = delete;
   Arena& operator=(const Arena&) = delete;

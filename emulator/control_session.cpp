@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 
+#include "emulator/arena.h"
 #include "emulator/control_commands.h"
 #include "emulator/records.h"
 
@@ -23,7 +24,8 @@ Map& TheMap() {
   return *s.map;
 }
 
-// counters: how often each platform function has been called.
+// counters: how often each platform function has been called, and how many
+// records the platform has handed out that are not released yet.
 Json CmdCounters(const Words& w, std::string_view) {
   ExpectWords(w, 1, 1);
   Json counters = Json::object();
@@ -32,6 +34,7 @@ Json CmdCounters(const Words& w, std::string_view) {
   }
   Json reply = Ok();
   reply["counters"] = std::move(counters);
+  reply["records"] = Arena::Outstanding();
   return reply;
 }
 

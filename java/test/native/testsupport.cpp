@@ -1,5 +1,6 @@
 // Test-only natives of TestNative: never linked into the product library.
 #include <arpa/inet.h>
+#include <malloc.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -145,4 +146,9 @@ Java_com_quenda_skiff_trellis_server_TestNative_limitDescriptors(JNIEnv*, jclass
 JNIEXPORT void JNICALL Java_com_quenda_skiff_trellis_server_TestNative_restoreDescriptors(JNIEnv*,
                                                                                           jclass) {
   setrlimit(RLIMIT_NOFILE, &s_savedLimit);
+}
+
+JNIEXPORT jlong JNICALL Java_com_quenda_skiff_trellis_server_TestNative_nativeHeapInUse(JNIEnv*,
+                                                                                        jclass) {
+  return static_cast<jlong>(mallinfo2().uordblks);
 }

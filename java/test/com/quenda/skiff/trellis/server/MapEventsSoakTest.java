@@ -5,71 +5,109 @@ import static org.junit.jupiter.api.Assertions.assertNotNull;
 import static org.junit.jupiter.api.Assertions.assertNull;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
+import java.nio.file.Files;
+import java.nio.file.Path;
 import java.util.ArrayList;
 import java.util.List;
 import java.util.Map;
 import java.util.Random;
 import java.util.concurrent.atomic.AtomicBoolean;
+import java.util.concurrent.atomic.AtomicLong;
 import java.util.concurrent.atomic.AtomicReference;
 import org.junit.jupiter.api.Test;
 
 /**
- * Thousands of mixed map events on the default map while a client thread keeps asking for
- * submaps: afterwards the mirror equals the platform's map on every loaded submap. Two of every
- * three submaps are loaded; the client asks again only for half of those, so the others show
- * what the events alone made of them.
+ * Load and soak on the default map: sixteen client threads make every kind of request while the
+ * emulator makes every kind of map event, for SKIFF_SOAK_SECONDS (3 by default). Afterwards every
+ * request got its own answer, the mirror equals the platform's map on every loaded submap, and
+ * the process holds as many descriptors, and about as much native heap, as halfway through. Two
+ * of every three submaps are loaded; the clients ask again only for half of those, so the others
+ * show what the events alone made of them.
  */
 class MapEventsSoakTest extends OneSessionTest {
-    private static final int ROUNDS = 80;
+    private static final int CLIENTS = 16;
     private static final int COMMANDS_PER_ROUND = 100;
+    private static final long SECONDS =
+            Long.parseLong(System.getenv().getOrDefault("SKIFF_SOAK_SECONDS", "3"));
+
+    private final AtomicBoolean stop = new AtomicBoolean();
+    private final AtomicReference<String> failure = new AtomicReference<>();
+    private final AtomicLong requests = new AtomicLong();
+    private final int[] rowsAsked = new int[CLIENTS];
+    private List<String> names;  // the selection names of the map as loaded
+    private List<Long> askedAgain;  // the loaded submaps the clients ask for again
 
     @Test
-    void theMirrorFollowsThousandsOfChangesWhileSubmapsAreAskedFor() throws Exception {
+    void theMirrorFollowsEveryChangeWhileSixteenClientsAskForEverything() throws Exception {
+        MapDump initial = MapDump.of(control);
         List<Long> loaded = new ArrayList<>();
-        List<Long> askedAgain = new ArrayList<>();
-        for (long submapId : MapDump.of(control).submaps.keySet()) {
+        askedAgain = new ArrayList<>();
+        for (long submapId : initial.submaps.keySet()) {
             if (submapId % 3 == 0) continue;
             assertTrue(client.getSubmapAndSymbols((int) submapId));
             loaded.add(submapId);
             if (loaded.size() % 2 == 0) askedAgain.add(submapId);
         }
-        AtomicBoolean stop = new AtomicBoolean();
-        AtomicReference<String> failure = new AtomicReference<>();
-        int[] requests = new int[1];
-        Thread requester = new Thread(() -> {
-            for (Random random = new Random(7); !stop.get(); requests[0]++) {
-                long submapId = askedAgain.get(random.nextInt(askedAgain.size()));
-                if (!client.getSubmapAndSymbols((int) submapId)) {
-                    failure.compareAndSet(null, "submap " + submapId + " was not reported");
-                }
-            }
-        }, "requester");
-        requester.start();
+        names = initial.objects.values().stream()
+                .map(o -> (String) ((Map<?, ?>) o.get("fields")).get("Selection Name"))
+                .filter(name -> name != null).toList();
+        List<Thread> clients = clients(Integer.MAX_VALUE);
         Random random = new Random(42);
         int accepted = 0;
+        int sent = 0;
+        long descriptorsHalfway = -1;
+        List<Long> created = new ArrayList<>();
         try {
-            for (int round = 0, nextId = 1_000_000; round < ROUNDS; round++) {
+            long start = System.nanoTime();
+            for (int nextId = 1_000_000; sent < 20 * COMMANDS_PER_ROUND
+                    || System.nanoTime() - start < SECONDS * 1_000_000_000L; ) {
+                if (descriptorsHalfway < 0 && System.nanoTime() - start >= SECONDS * 500_000_000L) {
+                    descriptorsHalfway = descriptors();
+                }
                 MapDump map = MapDump.of(control);
                 List<Map<String, Object>> symbols = new ArrayList<>(map.symbols.values());
                 List<Long> objects = new ArrayList<>(map.objects.keySet());
-                for (int sent = 0; sent < COMMANDS_PER_ROUND; ) {
-                    String command = command(symbols, objects, loaded, random, nextId);
+                for (int round = 0; round < COMMANDS_PER_ROUND; ) {
+                    String command = random.nextInt(10) == 0 ? entityCommand(created, random, nextId)
+                            : command(symbols, objects, loaded, random, nextId);
                     if (command == null) continue;
                     if (command.startsWith("create")) nextId++;
-                    if (control.command(command).contains("\"ok\":true")) accepted++;
+                    if (control.command(command).contains("\"ok\":true")) {
+                        accepted++;
+                        if (command.startsWith("create-object")) created.add(nextId - 1L);
+                    }
+                    round++;
                     sent++;
                 }
             }
             control.ok("sync");
         } finally {
             stop.set(true);
-            requester.join();
+            for (Thread thread : clients) thread.join();
         }
         assertNull(failure.get());
-        assertTrue(requests[0] > 0);
         // Refused: a command naming a symbol that an earlier one of its round deleted, or making
         // a loop of predecessors.
-        assertTrue(accepted > ROUNDS * COMMANDS_PER_ROUND * 3 / 4, accepted + " accepted");
+        assertTrue(accepted > sent * 3 / 4, accepted + " of " + sent + " accepted");
+        assertEquals(descriptorsHalfway, descriptors(), "descriptors");
+        // The map no longer changes: more requests leave as many platform records unreleased,
+        // and about as much native heap in use (the allocator's count wanders by some hundred
+        // KiB either way), as they found.
+        long recordsBefore = records();
+        long heapBefore = TestNative.nativeHeapInUse();
+        for (Thread thread : clients(rowsAsked[0] + 200)) thread.join();
+        long heapGrowth = TestNative.nativeHeapInUse() - heapBefore;
+        assertEquals(recordsBefore, records(), "platform records not released");
+        assertNull(failure.get());
+        assertTrue(heapGrowth < 2 << 20, heapGrowth + " bytes more native heap");
+        for (int t = 0; t < CLIENTS; t++) {
+            List<String> expected = new ArrayList<>();
+            for (int i = 0; i < rowsAsked[t]; i++) {
+                expected.add("getSymbolRowData(" + (Integer.MIN_VALUE + t) + ", " + i + ", " + i + ")");
+            }
+            assertEquals(expected, dispatcher.log("getSymbolRowData(" + (Integer.MIN_VALUE + t) + ","),
+                    "client " + t + "'s row data, each once, in order");
+        }
 
         MapDump map = MapDump.of(control);
         int compared = 0;
@@ -87,6 +125,98 @@ class MapEventsSoakTest extends OneSessionTest {
         }
         // The events left enough of the loaded submaps to compare.
         assertTrue(compared >= 100, compared + " symbols compared");
+    }
+
+    /**
+     * Starts the clients, each making requests until the soak stops or it has asked for
+     * `rowsEach` row data in all.
+     */
+    private List<Thread> clients(int rowsEach) {
+        stop.set(false);
+        List<Thread> clients = new ArrayList<>();
+        for (int t = 0; t < CLIENTS; t++) {
+            final int id = t;
+            String name = names.get(t % names.size());
+            clients.add(new Thread(() -> {
+                Random random = new Random(id);
+                for (int i = 0; !stop.get() && rowsAsked[id] < rowsEach; i++) {
+                    String wrong = request(id, i, name, random, askedAgain, rowsAsked);
+                    if (wrong != null) failure.compareAndSet(null, "client " + id + ": " + wrong);
+                    requests.incrementAndGet();
+                }
+            }, "client " + t));
+        }
+        clients.forEach(Thread::start);
+        return clients;
+    }
+
+    /**
+     * Client `id`'s request number `i`, of each kind in turn, and what was wrong with its answer
+     * (null: nothing). Each client asks for its own symbol's row data, and searches for its own
+     * object's name: an answer meant for another client shows.
+     */
+    private static String request(int id, int i, String name, Random random, List<Long> submaps,
+            int[] rowsAsked) {
+        switch (i % 6) {
+            case 0:
+                long submapId = submaps.get(random.nextInt(submaps.size()));
+                return client.getSubmapAndSymbols((int) submapId) ? null
+                        : "submap " + submapId + " was not reported";
+            case 1:
+                int row = rowsAsked[id]++;
+                return client.getSymbolRowData(Integer.MIN_VALUE + id, row, row) ? null
+                        : "no row data";
+            case 2:
+                return client.getMatchingSymbols(FoundSymbol.Category.OBJECTNAME,
+                        FoundSymbol.MatchType.MATCH_EXACTLY, name).stream()
+                        .filter(hit -> !hit.objectSelectionName().equals(name))
+                        .map(hit -> "search for " + name + " found " + hit).findFirst()
+                        .orElse(null);
+            case 3:
+                return client.getNodeParentPath("host-1.campus.example", "") != null ? null
+                        : "no parent path";
+            case 4:
+                return client.getLocationScopingInfo() != null ? null : "no location scoping";
+            default:
+                int[] objects = {1 + random.nextInt(20)};
+                if (random.nextBoolean()) {
+                    client.setAcknowledgeState(objects, random.nextBoolean());
+                } else {
+                    client.setManageState(objects, random.nextBoolean());
+                }
+                return null;
+        }
+    }
+
+    /** How many records the platform has handed out that are not released yet. */
+    private static long records() throws Exception {
+        String reply = control.command("counters");
+        return Long.parseLong(reply.replaceAll(".*\"records\":(\\d+).*", "$1"));
+    }
+
+    /** The number of descriptors the process holds. */
+    private static long descriptors() throws Exception {
+        try (var entries = Files.list(Path.of("/proc/self/fd"))) {
+            return entries.count();
+        }
+    }
+
+    /**
+     * A command that makes or removes whole objects and submaps: a new object; a child submap of
+     * an object made earlier; an object made earlier deleted with its symbols.
+     */
+    private static String entityCommand(List<Long> created, Random random, int nextId) {
+        if (created.isEmpty() || random.nextInt(3) == 0) {
+            return "create-object {\"id\": " + nextId + ", \"fields\": {\"Selection Name\": \"soak "
+                    + nextId + "\"}}";
+        }
+        long objectId = created.get(random.nextInt(created.size()));
+        if (random.nextBoolean()) {
+            return "create-submap {\"id\": " + nextId + ", \"name\": \"soak " + nextId
+                    + "\", \"parentObject\": " + objectId + "}";
+        }
+        created.remove(objectId);
+        return "delete-objects " + objectId;
     }
 
     /**
@@ -137,7 +267,7 @@ class MapEventsSoakTest extends OneSessionTest {
                         + submapId + ", \"object\": " + symbol.get("object") + ", \"variety\": 2,"
                         + " \"plane\": 2, \"endpoint1\": " + id + ", \"endpoint2\": " + otherId
                         + "}"
-                : kind >= 85 && kind < 94 ? "delete-symbols " + id
-                : kind >= 94 ? "autolayout " + submapId + " " + random.nextInt(2) : null;
+                : kind >= 85 && kind < 90 ? "delete-symbols " + id
+                : kind >= 90 ? "autolayout " + submapId + " " + random.nextInt(2) : null;
     }
 }

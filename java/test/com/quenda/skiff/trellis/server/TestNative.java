@@ -80,4 +80,7 @@ final class TestNative {
     static native boolean limitDescriptors();
 
     static native void restoreDescriptors();
+
+    /** The bytes of the native heap in use (the C library allocator's count). */
+    static native long nativeHeapInUse();
 }
