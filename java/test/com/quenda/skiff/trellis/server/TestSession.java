@@ -16,7 +16,12 @@ import java.util.concurrent.TimeUnit;
  * dispatcher thread that connects and then listens for events.
  */
 final class TestSession {
-    static final long TIMEOUT_SECONDS = 30;
+    /**
+     * The longest wait for the session to start or end, as the build sets it (longer where the
+     * libraries run slowly, as under the sanitizers), else 30 s.
+     */
+    static final long TIMEOUT_SECONDS =
+            Long.parseLong(System.getenv().getOrDefault("SKIFF_TEST_WAIT", "30"));
 
     final RecordingDispatcher dispatcher = new RecordingDispatcher();
     final RecordingInterface client = new RecordingInterface(dispatcher);
