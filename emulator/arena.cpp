@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 
 namespace qxwemu {
@@ -20,6 +21,7 @@ struct alignas(16) Arena::Chunk {
   uint64_t magic;
   size_t used;
   size_t capacity;
+  const char* type;  // the first chunk's: the type of the top record
   // payload follows, aligned to 16 bytes
   char* payload() { return reinterpret_cast<char*>(this + 1); }
 };
@@ -44,6 +46,7 @@ void Arena::AddChunk(size_t minBytes) {
   chunk->magic = first_ == nullptr ? kMagic : 0;
   chunk->used = 0;
   chunk->capacity = capacity;
+  chunk->type = nullptr;
   if (current_ != nullptr) current_->next = chunk;
   if (first_ == nullptr) first_ = chunk;
   current_ = chunk;
@@ -75,18 +78,19 @@ char* Arena::Text(std::string_view text) {
   return p;
 }
 
-void Arena::ReleaseOwnership(const void* top) {
+void Arena::ReleaseOwnership(const void* top, const char* type) {
   if (first_ == nullptr || top != first_->payload()) {
     std::fprintf(stderr, "qxwplatform: arena finished with a record that is not its first\n");
     std::abort();
   }
+  first_->type = type;
   finished_ = true;
   g_outstanding.fetch_add(1, std::memory_order_relaxed);
 }
 
 long Arena::Outstanding() { return g_outstanding.load(std::memory_order_relaxed); }
 
-void Arena::Release(const void* top) {
+void Arena::ReleaseTagged(const void* top, const char* type) {
   if (top == nullptr) return;
   auto* chunk = reinterpret_cast<Chunk*>(const_cast<char*>(static_cast<const char*>(top))) - 1;
   if (chunk->magic != kMagic) {
@@ -94,6 +98,12 @@ void Arena::Release(const void* top) {
                  "qxwplatform: a record was released with the wrong free function "
                  "or twice (%p)\n",
                  top);
+    std::abort();
+  }
+  if (std::strcmp(chunk->type, type) != 0) {
+    std::fprintf(stderr,
+                 "qxwplatform: a %s was released as a %s, with the wrong free function (%p)\n",
+                 chunk->type, type, top);
     std::abort();
   }
   chunk->magic = 0;

@@ -430,10 +430,30 @@ TEST(ReadOnlyMapTest, RefusesSymbolChangesButNotObjectStates) {
   EXPECT_EQ(skifftest::DeliverPending(), 0);
 }
 
-TEST_F(EventsTest, ARecordReleasedTwiceStopsTheProcess) {
+TEST_F(EventsTest, ARecordReleasedTwiceOrByAnotherTypesFreeFunctionStopsTheProcess) {
   QXwSubmapInfo* info = QXwGetSubmapInfo(map(), 1);
   QXwFreeSubmapInfo(info);
   EXPECT_DEATH(QXwFreeSubmapInfo(info), "");
+  // Lists of the same shape ({count, items}) too: the record's type tells.
+  struct Case {
+    void (*wrong)(QXwMapInfo* map);
+    const char* message;
+  } cases[] = {
+      {[](QXwMapInfo* m) {
+         QXwDbFreeObjectIdList(
+             reinterpret_cast<QXwObjectIdList*>(QXwListSymbols(m, 3, QXW_PLANE_ALL, nullptr)));
+       },
+       "a QXwSymbolList was released as a QXwObjectIdList"},
+      {[](QXwMapInfo* m) {
+         QXwFreeSubmapInfo(reinterpret_cast<QXwSubmapInfo*>(QXwGetObjectInfo(m, 30)));
+       },
+       "a QXwObjectInfo was released as a QXwSubmapInfo"},
+      {[](QXwMapInfo*) {
+         QXwDbFreeFieldList(reinterpret_cast<QXwFieldList*>(QXwDbGetFieldValues(30)));
+       },
+       "a QXwFieldBindList was released as a QXwFieldList"},
+  };
+  for (const Case& c : cases) EXPECT_DEATH(c.wrong(map()), c.message);
 }
 
 }  // namespace
