@@ -73,7 +73,7 @@ QXwObjectId QXwDbSelectionNameToObjectId(const char* selectionName) {
 
 char* QXwDbObjectIdToSelectionName(QXwObjectId objectId) {
   Call call(k_QXwDbObjectIdToSelectionName);
-  if (call.Failing()) return nullptr;
+  if (call.Failing({{objectId}})) return nullptr;
   Map* map = Database();
   if (map == nullptr) return nullptr;
   const Object* object = ObjectOrError(*map, objectId);
@@ -110,7 +110,7 @@ QXwObjectId QXwDbHostnameToObjectId(const char* hostOrAddress) {
 
 QXwFieldBindList* QXwDbGetFieldValues(QXwObjectId objectId) {
   Call call(k_QXwDbGetFieldValues);
-  if (call.Failing()) return nullptr;
+  if (call.Failing({{objectId}})) return nullptr;
   Map* map = Database();
   const Object* object = map == nullptr ? nullptr : ObjectOrError(*map, objectId);
   return object == nullptr ? nullptr : BuildFieldBindList(*map, *object, false);
@@ -118,7 +118,7 @@ QXwFieldBindList* QXwDbGetFieldValues(QXwObjectId objectId) {
 
 QXwFieldBindList* QXwDbGetCapabilityFieldValues(QXwObjectId objectId) {
   Call call(k_QXwDbGetCapabilityFieldValues);
-  if (call.Failing()) return nullptr;
+  if (call.Failing({{objectId}})) return nullptr;
   Map* map = Database();
   const Object* object = map == nullptr ? nullptr : ObjectOrError(*map, objectId);
   return object == nullptr ? nullptr : BuildFieldBindList(*map, *object, true);
@@ -131,7 +131,7 @@ void QXwDbFreeFieldBindList(QXwFieldBindList* list) {
 
 QXwObjectFieldList* QXwDbGetFieldValuesByObjects(QXwObjectIdList* objects, QXwFieldId fieldId) {
   Call call(k_QXwDbGetFieldValuesByObjects);
-  if (call.Failing()) return nullptr;
+  if (call.Failing(ListArgs(objects, {fieldId}))) return nullptr;
   Map* map = Database();
   if (map == nullptr) return nullptr;
   if (objects == nullptr || objects->count < 0 ||
@@ -150,7 +150,7 @@ void QXwDbFreeObjectFieldList(QXwObjectFieldList* list) {
 
 int QXwDbGetFieldIntegerValue(QXwObjectId objectId, QXwFieldId fieldId) {
   Call call(k_QXwDbGetFieldIntegerValue);
-  if (call.Failing()) return -1;
+  if (call.Failing({{objectId, fieldId}})) return -1;
   Map* map = Database();
   if (map == nullptr) return -1;
   const Object* object = ObjectOrError(*map, objectId);
@@ -170,7 +170,7 @@ int QXwDbGetFieldIntegerValue(QXwObjectId objectId, QXwFieldId fieldId) {
 
 int QXwDbSetFieldIntegerValue(QXwObjectId objectId, QXwFieldId fieldId, int value) {
   Call call(k_QXwDbSetFieldIntegerValue);
-  if (call.Failing()) return -1;
+  if (call.Failing({{objectId, fieldId}})) return -1;
   Map* map = Database();
   if (map == nullptr) return -1;
   Object* object = ObjectOrError(*map, objectId);
@@ -189,7 +189,7 @@ int QXwDbSetFieldIntegerValue(QXwObjectId objectId, QXwFieldId fieldId, int valu
 
 QXwObjectIdList* QXwDbListObjectsByFieldValue(QXwFieldBinding* binding) {
   Call call(k_QXwDbListObjectsByFieldValue);
-  if (call.Failing()) return nullptr;
+  if (call.Failing({{}, nullptr, 0, binding, binding != nullptr ? 1 : 0})) return nullptr;
   Map* map = Database();
   if (map == nullptr) return nullptr;
   if (binding == nullptr) {
@@ -203,7 +203,10 @@ QXwObjectIdList* QXwDbListObjectsByFieldValue(QXwFieldBinding* binding) {
 
 QXwObjectIdList* QXwDbListObjectsByFieldValues(QXwFieldBindList* bindings) {
   Call call(k_QXwDbListObjectsByFieldValues);
-  if (call.Failing()) return nullptr;
+  const bool valid = bindings != nullptr && bindings->count > 0 && bindings->fields != nullptr;
+  if (call.Failing(
+          {{}, nullptr, 0, valid ? bindings->fields : nullptr, valid ? bindings->count : 0}))
+    return nullptr;
   Map* map = Database();
   if (map == nullptr) return nullptr;
   if (bindings == nullptr || bindings->count < 0 ||
@@ -235,7 +238,7 @@ void QXwDbFreeFieldList(QXwFieldList* list) {
 
 QXwFieldInfo* QXwDbGetFieldInfo(QXwFieldId fieldId) {
   Call call(k_QXwDbGetFieldInfo);
-  if (call.Failing()) return nullptr;
+  if (call.Failing({{fieldId}})) return nullptr;
   Map* map = Database();
   const FieldDef* def = map == nullptr ? nullptr : FieldWithId(*map, fieldId);
   return def == nullptr ? nullptr : BuildFieldInfo(*def);
@@ -248,7 +251,7 @@ void QXwDbFreeFieldInfo(QXwFieldInfo* info) {
 
 QXwEnumConstants* QXwDbGetEnumConstants(QXwFieldId fieldId) {
   Call call(k_QXwDbGetEnumConstants);
-  if (call.Failing()) return nullptr;
+  if (call.Failing({{fieldId}})) return nullptr;
   Map* map = Database();
   const FieldDef* def = map == nullptr ? nullptr : FieldWithId(*map, fieldId);
   if (def == nullptr) return nullptr;

@@ -57,7 +57,7 @@ void QueueSymbolEvent(int code, Map& map, const std::vector<const Symbol*>& symb
 // Sets the managed state of objects and the status of their symbols; one
 // event 25 reports the symbols whose status changed.
 int SetManaged(Call& call, QXwMapInfo* mapArg, QXwObjectIdList* ids, bool managed) {
-  if (call.Failing()) return -1;
+  if (call.Failing(ListArgs(ids))) return -1;
   Map* map = OpenMap(mapArg);
   std::vector<Object*> objects;
   if (map == nullptr || !ResolveObjects(*map, ids, &objects)) return -1;
@@ -84,7 +84,7 @@ extern "C" {
 QXwSymbolList* QXwListSymbols(QXwMapInfo* mapArg, QXwSubmapId submapId, QXwPlaneType planes,
                               const char* appName) {
   Call call(k_QXwListSymbols);
-  if (call.Failing()) return nullptr;
+  if (call.Failing({{submapId}})) return nullptr;
   Map* map = OpenMap(mapArg);
   const Submap* submap = map == nullptr ? nullptr : SubmapOrError(*map, submapId);
   if (submap == nullptr) return nullptr;
@@ -101,7 +101,7 @@ QXwSymbolList* QXwListSymbols(QXwMapInfo* mapArg, QXwSubmapId submapId, QXwPlane
 
 QXwSymbolList* QXwGetSymbolsByObject(QXwMapInfo* mapArg, QXwObjectId objectId) {
   Call call(k_QXwGetSymbolsByObject);
-  if (call.Failing()) return nullptr;
+  if (call.Failing({{objectId}})) return nullptr;
   Map* map = OpenMap(mapArg);
   const Object* object = map == nullptr ? nullptr : ObjectOrError(*map, objectId);
   if (object == nullptr) return nullptr;
@@ -115,7 +115,7 @@ void QXwFreeSymbolList(QXwSymbolList* list) {
 
 QXwSubmapInfo* QXwGetSubmapInfo(QXwMapInfo* mapArg, QXwSubmapId submapId) {
   Call call(k_QXwGetSubmapInfo);
-  if (call.Failing()) return nullptr;
+  if (call.Failing({{submapId}})) return nullptr;
   Map* map = OpenMap(mapArg);
   const Submap* submap = map == nullptr ? nullptr : SubmapOrError(*map, submapId);
   return submap == nullptr ? nullptr : BuildSubmapInfo(*submap);
@@ -128,7 +128,7 @@ void QXwFreeSubmapInfo(QXwSubmapInfo* submap) {
 
 QXwObjectInfo* QXwGetObjectInfo(QXwMapInfo* mapArg, QXwObjectId objectId) {
   Call call(k_QXwGetObjectInfo);
-  if (call.Failing()) return nullptr;
+  if (call.Failing({{objectId}})) return nullptr;
   Map* map = OpenMap(mapArg);
   const Object* object = map == nullptr ? nullptr : ObjectOrError(*map, objectId);
   return object == nullptr ? nullptr : BuildObjectInfo(*object);
@@ -141,7 +141,7 @@ void QXwFreeObjectInfo(QXwObjectInfo* object) {
 
 int QXwDeleteSymbols(QXwMapInfo* mapArg, QXwSymbolIdList* ids) {
   Call call(k_QXwDeleteSymbols);
-  if (call.Failing()) return -1;
+  if (call.Failing(ListArgs(ids))) return -1;
   Map* map = OpenMap(mapArg);
   std::vector<Symbol*> symbols;
   if (map == nullptr || !Writable(*map) || !ResolveSymbols(*map, ids, &symbols)) return -1;
@@ -153,7 +153,7 @@ int QXwDeleteSymbols(QXwMapInfo* mapArg, QXwSymbolIdList* ids) {
 
 int QXwSetSymbolsVisibility(QXwMapInfo* mapArg, QXwSymbolIdList* ids, QXwBoolean hidden) {
   Call call(k_QXwSetSymbolsVisibility);
-  if (call.Failing()) return -1;
+  if (call.Failing(ListArgs(ids))) return -1;
   Map* map = OpenMap(mapArg);
   std::vector<Symbol*> symbols;
   if (map == nullptr || !Writable(*map) || !ResolveSymbols(*map, ids, &symbols)) return -1;
@@ -171,7 +171,7 @@ int QXwSetSymbolsVisibility(QXwMapInfo* mapArg, QXwSymbolIdList* ids, QXwBoolean
 
 int QXwSetObjectAckState(QXwMapInfo* mapArg, QXwObjectIdList* ids, QXwBoolean acknowledged) {
   Call call(k_QXwSetObjectAckState);
-  if (call.Failing()) return -1;
+  if (call.Failing(ListArgs(ids))) return -1;
   Map* map = OpenMap(mapArg);
   std::vector<Object*> objects;
   if (map == nullptr || !ResolveObjects(*map, ids, &objects)) return -1;

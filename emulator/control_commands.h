@@ -37,9 +37,11 @@ void QueueSymbols(int code, Map& map, const std::vector<const Symbol*>& symbols)
 // A command handler: the words of the command line and the line itself.
 using CommandHandler = Json(const Words& words, std::string_view line);
 
-// The session, the counters and injected failures (control_session.cpp).
-CommandHandler CmdCounters, CmdResetCounters, CmdDump, CmdOpenMap, CmdCloseMap, CmdEndSession,
-    CmdFail;
+// The session and the counters (control_session.cpp).
+CommandHandler CmdCounters, CmdResetCounters, CmdDump, CmdOpenMap, CmdCloseMap, CmdEndSession;
+
+// Failures injected into platform functions (failures.cpp).
+CommandHandler CmdFail;
 
 // Symbols (control_symbols.cpp). CmdHide hides the symbols, or shows them
 // again when `hidden` is false.

@@ -1,9 +1,7 @@
 // The control commands about the session as a whole: the map it has open,
-// its end, the call counters, and the failures injected into platform
-// functions.
+// its end and the call counters.
 #include <ctime>
 #include <memory>
-#include <optional>
 #include <string>
 
 #include "emulator/arena.h"
@@ -92,28 +90,6 @@ Json CmdEndSession(const Words& w, std::string_view) {
   e.code = QXW_EVENT_END_SESSION;
   e.flag = 1;
   Queue(e);
-  return Ok();
-}
-
-// fail FUNCTION [CODE [COUNT] | off]: makes a platform function fail with
-// CODE, COUNT times or until turned off.
-Json CmdFail(const Words& w, std::string_view) {
-  ExpectWords(w, 2, 4);
-  std::optional<Fn> fn = FnByName(w[1]);
-  if (!fn) throw Refusal{"unknown platform function \"" + w[1] + "\""};
-  if (!FnCanFail(*fn)) throw Refusal{w[1] + " cannot fail"};
-  Failure& f = Emu().failures[*fn];
-  if (w.size() >= 3 && w[2] == "off") {
-    ExpectWords(w, 3, 3);
-    f = Failure();
-    return Ok();
-  }
-  Failure next;
-  next.active = true;
-  if (w.size() >= 3)
-    next.code = static_cast<int>(ParseInteger(w[2], INT32_MIN, INT32_MAX, "the code"));
-  if (w.size() == 4) next.remaining = ParseInteger(w[3], 1, INT32_MAX, "the count");
-  f = next;
   return Ok();
 }
 

@@ -59,14 +59,6 @@ Call::Call(Fn fn) : fn_(fn), lock_(Emu().mu) {
   Emu().counters[fn].fetch_add(1, std::memory_order_relaxed);
 }
 
-bool Call::Failing() {
-  Failure& f = Emu().failures[fn_];
-  if (!f.active) return false;
-  if (f.remaining > 0 && --f.remaining == 0) f.active = false;
-  SetError(f.code);
-  return true;
-}
-
 void CountCall(Fn fn) { Emu().counters[fn].fetch_add(1, std::memory_order_relaxed); }
 
 void SetError(int code, std::string detail) {

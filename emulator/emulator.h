@@ -12,6 +12,7 @@
 #include <condition_variable>
 #include <cstdint>
 #include <deque>
+#include <initializer_list>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -87,6 +88,8 @@ std::optional<Fn> FnByName(std::string_view name);
 // Whether `fail` may target the function (free functions and the error
 // accessors cannot fail).
 bool FnCanFail(Fn fn);
+// Whether the function takes an id argument (failures.cpp).
+bool FnTakesIds(Fn fn);
 
 struct Registration {
   int code;
@@ -129,11 +132,31 @@ struct Waiter {
   std::string reply;
 };
 
+// A failure injected into a platform function (failures.cpp).
 struct Failure {
   bool active = false;
   int code = 1;
-  int64_t remaining = -1;  // -1: every call
+  int64_t remaining = -1;  // calls still to fail; -1: every call
+  int64_t passes = 0;      // calls that still succeed before the failures begin
+  bool forId = false;      // only calls that have `id` among their id arguments
+  uint32_t id = 0;
 };
+
+// The id arguments of a call (object, submap, symbol and field ids, alone,
+// in an id list or in field bindings), which `fail FUNCTION for ID` tests.
+struct IdArgs {
+  std::initializer_list<uint32_t> ids = {};
+  const uint32_t* list = nullptr;
+  int count = 0;
+  const QXwFieldBinding* bindings = nullptr;
+  int bindingCount = 0;
+
+  bool Has(uint32_t id) const;
+};
+// The id arguments of a call with an id list (and maybe more ids); a list
+// that is not valid has none.
+IdArgs ListArgs(const QXwSymbolIdList* list, std::initializer_list<uint32_t> ids = {});
+IdArgs ListArgs(const QXwObjectIdList* list, std::initializer_list<uint32_t> ids = {});
 
 struct ControlConnection {
   int fd = -1;
@@ -185,8 +208,9 @@ Emulator& Emu();
 class Call {
  public:
   explicit Call(Fn fn);
-  // True when an injected failure applies to this call; the error is set.
-  bool Failing();
+  // True when an injected failure applies to this call, whose id arguments
+  // are `args`; the error is then set (failures.cpp).
+  bool Failing(const IdArgs& args = {});
   std::unique_lock<std::mutex>& lock() { return lock_; }
 
  private:

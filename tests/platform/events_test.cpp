@@ -208,6 +208,48 @@ TEST_F(EventsTest, InjectedFailuresFailTheWayTheFunctionDoesAndAreCounted) {
   EXPECT_EQ(Control("fail QXwNothing")["error"], "unknown platform function \"QXwNothing\"");
 }
 
+// Which calls fail, by call number and by id argument: "x" for a call that
+// fails (with the code given, else 1), "." for one that succeeds.
+TEST_F(EventsTest, InjectedFailuresChooseTheirCallsByNumberAndById) {
+  struct Case {
+    const char* command;
+    std::vector<QXwSubmapId> calls;
+    const char* failed;
+    int code = 1;
+  } cases[] = {
+      {"fail QXwGetSubmapInfo after 2 times 2", {1, 1, 1, 1, 1, 1}, "..xx.."},
+      {"fail QXwGetSubmapInfo after 1", {1, 2, 3}, ".xx"},
+      {"fail QXwGetSubmapInfo for 3", {1, 3, 2, 3}, ".x.x"},
+      {"fail QXwGetSubmapInfo for 3 after 1 times 1 7", {3, 1, 3, 3}, "..x.", 7},
+  };
+  for (const Case& c : cases) {
+    ControlOk(c.command);
+    std::string failed;
+    for (QXwSubmapId id : c.calls) {
+      QXwSubmapInfo* info = QXwGetSubmapInfo(map(), id);
+      failed += info == nullptr ? "x" : ".";
+      if (info == nullptr) {
+        EXPECT_EQ(QXwError(), c.code) << c.command;
+      }
+      QXwFreeSubmapInfo(info);
+    }
+    EXPECT_EQ(failed, c.failed) << c.command;
+    ControlOk("fail QXwGetSubmapInfo off");
+  }
+  // An id in a list argument, or a field id in a binding, counts too.
+  ControlOk("fail QXwSetSymbolsVisibility for 104");
+  QXwSymbolId ids[] = {103, 104};
+  QXwSymbolIdList first{1, ids}, both{2, ids};
+  EXPECT_EQ(QXwSetSymbolsVisibility(map(), &first, 1), 0);
+  EXPECT_EQ(QXwSetSymbolsVisibility(map(), &both, 1), -1);
+  QXwFieldValue yes{};
+  yes.field_type = QXW_FIELD_BOOLEAN;
+  yes.un.bool_val = 1;
+  QXwFieldBinding isNode{QXwDbFieldNameToFieldId("isNode"), &yes};
+  ControlOk("fail QXwDbListObjectsByFieldValue for " + std::to_string(isNode.field_id));
+  EXPECT_EQ(QXwDbListObjectsByFieldValue(&isNode), nullptr);
+}
+
 TEST_F(EventsTest, RefusedCommandsChangeNothing) {
   struct Case {
     const char* command;
@@ -238,6 +280,9 @@ TEST_F(EventsTest, RefusedCommandsChangeNothing) {
       {"delete-objects 30 999", "object 999 does not exist"},
       {"frobnicate", "unknown command \"frobnicate\""},
       {"fail QXwInit x", "the code must be an integer, not \"x\""},
+      {"fail QXwInit for 3", "QXwInit has no id argument"},
+      {"fail QXwGetSubmapInfo times 2 1 3", "the count is given twice"},
+      {"fail QXwGetSubmapInfo after 1 after 2", "\"after\" is given twice"},
       {"hide \"103", "unterminated quoted word"},
   };
   std::string before = qxwemu::Control("dump");
