@@ -4,6 +4,7 @@
 
 #include "emulator/arena.h"
 #include "emulator/emulator.h"
+#include "emulator/list_order.h"
 #include "emulator/query.h"
 #include "emulator/records.h"
 #include "platform/qxwdb.h"
@@ -33,7 +34,9 @@ const std::vector<Object*>* ObjectsWithText(Map& map, const char* fieldName, con
   return map.Lookup(*def, key);
 }
 
-QXwObjectIdList* Answer(const std::vector<QXwObjectId>& ids) {
+// The answer of a query, in the order the platform serves it.
+QXwObjectIdList* Answer(std::vector<QXwObjectId> ids) {
+  ServeObjects(&ids);
   if (ids.empty()) {
     SetError(QXW_ERR_NOT_FOUND, "no object matches");
     return nullptr;
@@ -97,12 +100,16 @@ QXwObjectId QXwDbHostnameToObjectId(const char* hostOrAddress) {
     const FieldValue* v = isNode == nullptr ? nullptr : o->Find(isNode->id);
     return v != nullptr && v->scalar.num == 1;
   };
+  // The first node, in the order of a query, by host name, else by address.
   for (const char* field : {"IP Hostname", "IP Address"}) {
+    std::vector<QXwObjectId> nodes;
     if (const std::vector<Object*>* owners = ObjectsWithText(*map, field, hostOrAddress)) {
       for (const Object* o : *owners) {
-        if (isNodeObject(o)) return o->id;
+        if (isNodeObject(o)) nodes.push_back(o->id);
       }
     }
+    ServeObjects(&nodes);
+    if (!nodes.empty()) return nodes.front();
   }
   SetError(QXW_ERR_NOT_FOUND, "no node has that host name or address");
   return 0;
@@ -228,7 +235,7 @@ QXwFieldList* QXwDbListFields(int) {
   Call call(k_QXwDbListFields);
   if (call.Failing()) return nullptr;
   Map* map = Database();
-  return map == nullptr ? nullptr : BuildFieldList(map->Fields());
+  return map == nullptr ? nullptr : BuildFieldList(ServedFields(*map));
 }
 
 void QXwDbFreeFieldList(QXwFieldList* list) {

@@ -4,6 +4,7 @@
 
 #include "emulator/arena.h"
 #include "emulator/emulator.h"
+#include "emulator/list_order.h"
 #include "emulator/records.h"
 
 using namespace qxwemu;
@@ -91,7 +92,7 @@ QXwSymbolList* QXwListSymbols(QXwMapInfo* mapArg, QXwSubmapId submapId, QXwPlane
   const bool byApp = appName != nullptr && *appName != '\0';
   std::vector<const Symbol*> chosen;
   chosen.reserve(submap->symbols.size());
-  for (const Symbol* s : submap->symbols) {
+  for (const Symbol* s : ServedSymbols(*submap)) {
     if ((s->plane & planes) == 0) continue;
     if (byApp && std::find(s->apps->begin(), s->apps->end(), appName) == s->apps->end()) continue;
     chosen.push_back(s);
@@ -105,7 +106,7 @@ QXwSymbolList* QXwGetSymbolsByObject(QXwMapInfo* mapArg, QXwObjectId objectId) {
   Map* map = OpenMap(mapArg);
   const Object* object = map == nullptr ? nullptr : ObjectOrError(*map, objectId);
   if (object == nullptr) return nullptr;
-  return BuildSymbolList(*map, {object->symbols.begin(), object->symbols.end()});
+  return BuildSymbolList(*map, ServedSymbols(*object));
 }
 
 void QXwFreeSymbolList(QXwSymbolList* list) {

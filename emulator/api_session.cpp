@@ -9,6 +9,7 @@
 
 #include "emulator/arena.h"
 #include "emulator/control.h"
+#include "emulator/control_syntax.h"
 #include "emulator/emulator.h"
 #include "emulator/erase.h"
 #include "emulator/loader.h"
@@ -179,6 +180,13 @@ int QXwInit(void) {
     SetError(forced);
     return -1;
   }
+  Surprises surprises;
+  try {
+    surprises = SurprisesFromEnvironment();
+  } catch (const Refusal& r) {
+    SetError(QXW_ERR_FAILED, r.message);
+    return -1;
+  }
   std::unique_ptr<Map> map;
   if (forced == 0) {
     std::string error;
@@ -202,6 +210,7 @@ int QXwInit(void) {
   s.ended = false;
   s.mapOpen = map != nullptr;
   s.map = std::move(map);
+  s.surprises = surprises;
   if (forced == QXW_ERR_NO_MAP_INFO) {
     SetError(QXW_ERR_NO_MAP_INFO);
     return -1;

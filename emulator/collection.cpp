@@ -1,5 +1,6 @@
 // The object-collection service.
 #include "emulator/emulator.h"
+#include "emulator/list_order.h"
 #include "emulator/query.h"
 #include "emulator/records.h"
 #include "platform/skcollection.h"
@@ -38,6 +39,7 @@ QXwObjectIdList* skCollectionEvaluate(const char* expression) {
   }
   std::vector<QXwObjectId> ids;
   if (!EvaluateClause(*map, clause, &ids)) return nullptr;
+  ServeObjects(&ids);
   if (ids.empty()) {
     SetError(QXW_ERR_NOT_FOUND, "no object matches");
     return nullptr;

@@ -55,6 +55,10 @@ const std::vector<CommandEntry>& Commands() {
       {"close-map", CmdCloseMap},
       {"end-session", CmdEndSession},
       {"fail", CmdFail},
+      {"list-order", CmdListOrder},
+      {"cascade", CmdCascade},
+      {"lists", CmdLists},
+      {"order", CmdOrder},
   };
   return commands;
 }

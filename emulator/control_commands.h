@@ -43,6 +43,10 @@ CommandHandler CmdCounters, CmdResetCounters, CmdDump, CmdOpenMap, CmdCloseMap, 
 // Failures injected into platform functions (failures.cpp).
 CommandHandler CmdFail;
 
+// The platform's surprising behaviours (surprises.cpp) and the order in
+// which it serves lists (list_order.cpp).
+CommandHandler CmdListOrder, CmdCascade, CmdLists, CmdOrder;
+
 // Symbols (control_symbols.cpp). CmdHide hides the symbols, or shows them
 // again when `hidden` is false.
 Json CmdHide(const Words& w, std::string_view line, bool hidden);

@@ -22,6 +22,7 @@
 #include <vector>
 
 #include "emulator/model.h"
+#include "emulator/surprises.h"
 #include "platform/qxw.h"
 
 namespace qxwemu {
@@ -179,6 +180,7 @@ struct Session {
   QXwInputId nextInputId = 1;
   std::deque<Event> events;
   int collectionOpens = 0;
+  Surprises surprises;
   // control channel
   int controlListen = -1;
   std::string controlPath;

@@ -1,6 +1,7 @@
 #include "emulator/records.h"
 
 #include "emulator/arena.h"
+#include "emulator/list_order.h"
 
 namespace qxwemu {
 
@@ -54,10 +55,10 @@ void FillBindings(Arena& a, QXwFieldBindList& out, const Map& map, const Object&
                   bool capabilityOnly) {
   std::vector<std::pair<const FieldDef*, const FieldValue*>> chosen;
   chosen.reserve(o.fields.size());
-  for (const FieldValue& v : o.fields) {
-    const FieldDef* def = map.FieldById(v.field);
+  for (const FieldValue* v : ServedFields(o)) {
+    const FieldDef* def = map.FieldById(v->field);
     if (def == nullptr || (capabilityOnly && !def->capability)) continue;
-    chosen.emplace_back(def, &v);
+    chosen.emplace_back(def, v);
   }
   out.count = static_cast<int>(chosen.size());
   out.fields = a.New<QXwFieldBinding>(chosen.size());
@@ -219,12 +220,12 @@ QXwObjectIdList* BuildObjectIdList(const std::vector<QXwObjectId>& ids) {
   return a.Finish(list);
 }
 
-QXwFieldList* BuildFieldList(const std::vector<FieldDef>& fields) {
+QXwFieldList* BuildFieldList(const std::vector<const FieldDef*>& fields) {
   Arena a(sizeof(QXwFieldList) + fields.size() * (sizeof(QXwFieldInfo) + 24));
   auto* list = a.New<QXwFieldList>();
   list->count = static_cast<int>(fields.size());
   list->field_list = a.New<QXwFieldInfo>(fields.size());
-  for (size_t i = 0; i < fields.size(); ++i) FillField(a, list->field_list[i], fields[i]);
+  for (size_t i = 0; i < fields.size(); ++i) FillField(a, list->field_list[i], *fields[i]);
   return a.Finish(list);
 }
 

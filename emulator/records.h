@@ -25,7 +25,7 @@ QXwFieldBindList* BuildFieldBindList(const Map& map, const Object& object, bool 
 QXwObjectFieldList* BuildObjectFieldList(Map& map, const QXwObjectIdList& ids,
                                          const FieldDef& field);
 QXwObjectIdList* BuildObjectIdList(const std::vector<QXwObjectId>& ids);
-QXwFieldList* BuildFieldList(const std::vector<FieldDef>& fields);
+QXwFieldList* BuildFieldList(const std::vector<const FieldDef*>& fields);
 QXwFieldInfo* BuildFieldInfo(const FieldDef& field);
 QXwEnumConstants* BuildEnumConstants(const FieldDef& field);
 
