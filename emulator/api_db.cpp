@@ -37,11 +37,26 @@ const std::vector<Object*>* ObjectsWithText(Map& map, const char* fieldName, con
 // The answer of a query, in the order the platform serves it.
 QXwObjectIdList* Answer(std::vector<QXwObjectId> ids) {
   ServeObjects(&ids);
-  if (ids.empty()) {
+  if (ids.empty() && !EmptyForNothing()) {
     SetError(QXW_ERR_NOT_FOUND, "no object matches");
     return nullptr;
   }
   return BuildObjectIdList(ids);
+}
+
+// An object's field values (only its capability fields when asked).
+QXwFieldBindList* FieldValues(QXwObjectId objectId, bool capabilityOnly) {
+  Map* map = Database();
+  if (map == nullptr) return nullptr;
+  const Object* object = ObjectOrError(*map, objectId);
+  if (object == nullptr)
+    return EmptyForNothing() ? BuildFieldBindList(*map, Object(), false) : nullptr;
+  QXwFieldBindList* list = BuildFieldBindList(*map, *object, capabilityOnly);
+  if (list->count == 0 && NoneForNothing()) {
+    Arena::Release(list);
+    return nullptr;
+  }
+  return list;
 }
 
 }  // namespace
@@ -118,17 +133,13 @@ QXwObjectId QXwDbHostnameToObjectId(const char* hostOrAddress) {
 QXwFieldBindList* QXwDbGetFieldValues(QXwObjectId objectId) {
   Call call(k_QXwDbGetFieldValues);
   if (call.Failing({{objectId}})) return nullptr;
-  Map* map = Database();
-  const Object* object = map == nullptr ? nullptr : ObjectOrError(*map, objectId);
-  return object == nullptr ? nullptr : BuildFieldBindList(*map, *object, false);
+  return FieldValues(objectId, false);
 }
 
 QXwFieldBindList* QXwDbGetCapabilityFieldValues(QXwObjectId objectId) {
   Call call(k_QXwDbGetCapabilityFieldValues);
   if (call.Failing({{objectId}})) return nullptr;
-  Map* map = Database();
-  const Object* object = map == nullptr ? nullptr : ObjectOrError(*map, objectId);
-  return object == nullptr ? nullptr : BuildFieldBindList(*map, *object, true);
+  return FieldValues(objectId, true);
 }
 
 void QXwDbFreeFieldBindList(QXwFieldBindList* list) {
@@ -147,7 +158,8 @@ QXwObjectFieldList* QXwDbGetFieldValuesByObjects(QXwObjectIdList* objects, QXwFi
     return nullptr;
   }
   const FieldDef* def = FieldWithId(*map, fieldId);
-  return def == nullptr ? nullptr : BuildObjectFieldList(*map, *objects, *def);
+  if (def == nullptr || (objects->count == 0 && NoneForNothing())) return nullptr;
+  return BuildObjectFieldList(*map, *objects, *def);
 }
 
 void QXwDbFreeObjectFieldList(QXwObjectFieldList* list) {
@@ -235,7 +247,8 @@ QXwFieldList* QXwDbListFields(int) {
   Call call(k_QXwDbListFields);
   if (call.Failing()) return nullptr;
   Map* map = Database();
-  return map == nullptr ? nullptr : BuildFieldList(ServedFields(*map));
+  if (map == nullptr || (map->Fields().empty() && NoneForNothing())) return nullptr;
+  return BuildFieldList(ServedFields(*map));
 }
 
 void QXwDbFreeFieldList(QXwFieldList* list) {
@@ -266,6 +279,7 @@ QXwEnumConstants* QXwDbGetEnumConstants(QXwFieldId fieldId) {
     SetError(QXW_ERR_WRONG_TYPE, "field " + def->name + " is not an enumeration");
     return nullptr;
   }
+  if (def->enumNames.empty() && NoneForNothing()) return nullptr;
   return BuildEnumConstants(*def);
 }
 

@@ -11,32 +11,46 @@ using namespace qxwemu;
 
 namespace {
 
-// The symbols named by a list, or null after setting the error when one of
-// them does not exist.
+// The symbols named by a list. False, with the error set, when the list is
+// not valid or names a symbol that does not exist; `out` then holds the
+// symbols that exist when id lists are applied partially, else none.
 bool ResolveSymbols(Map& map, const QXwSymbolIdList* ids, std::vector<Symbol*>* out) {
   if (ids == nullptr || ids->count < 0 || (ids->count > 0 && ids->symbol_ids == nullptr)) {
     SetError(QXW_ERR_BAD_ARGUMENT, "invalid symbol id list");
     return false;
   }
+  bool whole = true;
   for (int i = 0; i < ids->count; ++i) {
-    Symbol* s = SymbolOrError(map, ids->symbol_ids[i]);
-    if (s == nullptr) return false;
-    out->push_back(s);
+    Symbol* s = map.FindSymbol(ids->symbol_ids[i]);
+    if (s != nullptr) {
+      out->push_back(s);
+    } else if (whole) {
+      whole = false;
+      SymbolOrError(map, ids->symbol_ids[i]);
+    }
   }
-  return true;
+  if (!whole && !PartialIdLists()) out->clear();
+  return whole;
 }
 
+// As ResolveSymbols, for objects.
 bool ResolveObjects(Map& map, const QXwObjectIdList* ids, std::vector<Object*>* out) {
   if (ids == nullptr || ids->count < 0 || (ids->count > 0 && ids->object_ids == nullptr)) {
     SetError(QXW_ERR_BAD_ARGUMENT, "invalid object id list");
     return false;
   }
+  bool whole = true;
   for (int i = 0; i < ids->count; ++i) {
-    Object* o = ObjectOrError(map, ids->object_ids[i]);
-    if (o == nullptr) return false;
-    out->push_back(o);
+    Object* o = map.FindObject(ids->object_ids[i]);
+    if (o != nullptr) {
+      out->push_back(o);
+    } else if (whole) {
+      whole = false;
+      ObjectOrError(map, ids->object_ids[i]);
+    }
   }
-  return true;
+  if (!whole && !PartialIdLists()) out->clear();
+  return whole;
 }
 
 bool Writable(const Map& map) {
@@ -60,8 +74,9 @@ void QueueSymbolEvent(int code, Map& map, const std::vector<const Symbol*>& symb
 int SetManaged(Call& call, QXwMapInfo* mapArg, QXwObjectIdList* ids, bool managed) {
   if (call.Failing(ListArgs(ids))) return -1;
   Map* map = OpenMap(mapArg);
+  if (map == nullptr) return -1;
   std::vector<Object*> objects;
-  if (map == nullptr || !ResolveObjects(*map, ids, &objects)) return -1;
+  const bool whole = ResolveObjects(*map, ids, &objects);
   const QXwStatusType status = managed ? 0 : 1;
   std::vector<const Symbol*> changed;
   std::unordered_set<const Symbol*> seen;
@@ -75,7 +90,7 @@ int SetManaged(Call& call, QXwMapInfo* mapArg, QXwObjectIdList* ids, bool manage
     }
   }
   QueueSymbolEvent(QXW_EVENT_SYMBOLS_STATUS, *map, changed);
-  return 0;
+  return whole ? 0 : -1;
 }
 
 }  // namespace
@@ -87,8 +102,9 @@ QXwSymbolList* QXwListSymbols(QXwMapInfo* mapArg, QXwSubmapId submapId, QXwPlane
   Call call(k_QXwListSymbols);
   if (call.Failing({{submapId}})) return nullptr;
   Map* map = OpenMap(mapArg);
-  const Submap* submap = map == nullptr ? nullptr : SubmapOrError(*map, submapId);
-  if (submap == nullptr) return nullptr;
+  if (map == nullptr) return nullptr;
+  const Submap* submap = SubmapOrError(*map, submapId);
+  if (submap == nullptr) return EmptyForNothing() ? BuildSymbolList(*map, {}) : nullptr;
   const bool byApp = appName != nullptr && *appName != '\0';
   std::vector<const Symbol*> chosen;
   chosen.reserve(submap->symbols.size());
@@ -97,6 +113,7 @@ QXwSymbolList* QXwListSymbols(QXwMapInfo* mapArg, QXwSubmapId submapId, QXwPlane
     if (byApp && std::find(s->apps->begin(), s->apps->end(), appName) == s->apps->end()) continue;
     chosen.push_back(s);
   }
+  if (chosen.empty() && NoneForNothing()) return nullptr;
   return BuildSymbolList(*map, chosen);
 }
 
@@ -104,8 +121,10 @@ QXwSymbolList* QXwGetSymbolsByObject(QXwMapInfo* mapArg, QXwObjectId objectId) {
   Call call(k_QXwGetSymbolsByObject);
   if (call.Failing({{objectId}})) return nullptr;
   Map* map = OpenMap(mapArg);
-  const Object* object = map == nullptr ? nullptr : ObjectOrError(*map, objectId);
-  if (object == nullptr) return nullptr;
+  if (map == nullptr) return nullptr;
+  const Object* object = ObjectOrError(*map, objectId);
+  if (object == nullptr) return EmptyForNothing() ? BuildSymbolList(*map, {}) : nullptr;
+  if (object->symbols.empty() && NoneForNothing()) return nullptr;
   return BuildSymbolList(*map, ServedSymbols(*object));
 }
 
@@ -144,20 +163,23 @@ int QXwDeleteSymbols(QXwMapInfo* mapArg, QXwSymbolIdList* ids) {
   Call call(k_QXwDeleteSymbols);
   if (call.Failing(ListArgs(ids))) return -1;
   Map* map = OpenMap(mapArg);
+  if (map == nullptr || !Writable(*map)) return -1;
   std::vector<Symbol*> symbols;
-  if (map == nullptr || !Writable(*map) || !ResolveSymbols(*map, ids, &symbols)) return -1;
-  std::vector<QXwSymbolId> named(ids->symbol_ids, ids->symbol_ids + ids->count);
+  const bool whole = ResolveSymbols(*map, ids, &symbols);
+  std::vector<QXwSymbolId> named;
+  for (const Symbol* s : symbols) named.push_back(s->id);
   QueueSymbolEvent(QXW_EVENT_SYMBOLS_DELETED, *map, map->SymbolsToRemove(named));
   map->RemoveSymbols(named);
-  return 0;
+  return whole ? 0 : -1;
 }
 
 int QXwSetSymbolsVisibility(QXwMapInfo* mapArg, QXwSymbolIdList* ids, QXwBoolean hidden) {
   Call call(k_QXwSetSymbolsVisibility);
   if (call.Failing(ListArgs(ids))) return -1;
   Map* map = OpenMap(mapArg);
+  if (map == nullptr || !Writable(*map)) return -1;
   std::vector<Symbol*> symbols;
-  if (map == nullptr || !Writable(*map) || !ResolveSymbols(*map, ids, &symbols)) return -1;
+  const bool whole = ResolveSymbols(*map, ids, &symbols);
   const bool hide = hidden != 0;
   std::vector<const Symbol*> changed;
   for (Symbol* s : symbols) {
@@ -167,17 +189,18 @@ int QXwSetSymbolsVisibility(QXwMapInfo* mapArg, QXwSymbolIdList* ids, QXwBoolean
     }
   }
   QueueSymbolEvent(hide ? QXW_EVENT_SYMBOLS_HIDDEN : QXW_EVENT_SYMBOLS_UNHIDDEN, *map, changed);
-  return 0;
+  return whole ? 0 : -1;
 }
 
 int QXwSetObjectAckState(QXwMapInfo* mapArg, QXwObjectIdList* ids, QXwBoolean acknowledged) {
   Call call(k_QXwSetObjectAckState);
   if (call.Failing(ListArgs(ids))) return -1;
   Map* map = OpenMap(mapArg);
+  if (map == nullptr) return -1;
   std::vector<Object*> objects;
-  if (map == nullptr || !ResolveObjects(*map, ids, &objects)) return -1;
+  const bool whole = ResolveObjects(*map, ids, &objects);
   for (Object* o : objects) o->acknowledged = acknowledged != 0;
-  return 0;
+  return whole ? 0 : -1;
 }
 
 int _QXwManageObjects(QXwMapInfo* mapArg, QXwObjectIdList* ids) {

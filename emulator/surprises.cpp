@@ -98,6 +98,16 @@ const Surprises& CurrentSurprises() {
   return s.open ? s.surprises : defaults;
 }
 
+bool NoneForNothing() {
+  if (CurrentSurprises().nothing != NothingAs::kNull) return false;
+  SetError(QXW_ERR_NOT_FOUND, "nothing to list");
+  return true;
+}
+
+bool EmptyForNothing() { return CurrentSurprises().nothing == NothingAs::kEmpty; }
+
+bool PartialIdLists() { return CurrentSurprises().partial; }
+
 // list-order creation | list-order permuted SEED
 Json CmdListOrder(const Words& w, std::string_view) {
   Surprises& s = OpenSession().surprises;

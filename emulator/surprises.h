@@ -40,6 +40,17 @@ Surprises SurprisesFromEnvironment();
 // The settings of the open session, or the defaults when none is open.
 const Surprises& CurrentSurprises();
 
+// For a list function that has nothing to list from a container that exists:
+// whether it answers none rather than an empty list. When it does, the error
+// is set ("nothing to list").
+bool NoneForNothing();
+// For a list function whose container does not exist, or a query that
+// matches nothing: whether it answers an empty list rather than none.
+bool EmptyForNothing();
+// Whether an id list that names ids that do not exist is applied to those
+// that do.
+bool PartialIdLists();
+
 }  // namespace qxwemu
 
 #endif  // SKIFF_EMULATOR_SURPRISES_H_

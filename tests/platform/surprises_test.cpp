@@ -62,6 +62,18 @@ Ids Within(const Ids& all, const Ids& part) {
   return out;
 }
 
+// The count of a list, which is freed, or -1 for none.
+template <class List, class Free>
+int CountAndFree(List* list, Free free) {
+  const int count = list == nullptr ? -1 : list->count;
+  if (list != nullptr) free(list);
+  return count;
+}
+int Count(QXwSymbolList* l) { return CountAndFree(l, QXwFreeSymbolList); }
+int Count(QXwFieldBindList* l) { return CountAndFree(l, QXwDbFreeFieldBindList); }
+int Count(QXwObjectFieldList* l) { return CountAndFree(l, QXwDbFreeObjectFieldList); }
+int Count(QXwObjectIdList* l) { return CountAndFree(l, QXwDbFreeObjectIdList); }
+
 QXwFieldValue True() {
   QXwFieldValue value{};
   value.field_type = QXW_FIELD_BOOLEAN;
@@ -129,6 +141,99 @@ TEST_F(SurprisesTest, APermutedListKeepsItsOrderAsItGainsAndLosesItems) {
   ControlOk("list-order permuted 8");
   EXPECT_NE(Served("objects"), objects);
   EXPECT_NE(Served("fields 30"), Within(Served("fields"), Served("fields 30")));
+}
+
+// What each list function answers when it has nothing to list, in each of
+// the lists settings usual, empty and null: "L" an empty list, "N" none.
+TEST_F(SurprisesTest, NothingComesAsAnEmptyListOrNoneWhereThePlatformMayChooseEither) {
+  const QXwFieldId serial = QXwDbFieldNameToFieldId("Serial Number");
+  struct Case {
+    const char* call;
+    std::function<int()> count;  // the list's count, or -1 for none
+    const char* answers;         // in usual, empty and null
+  } cases[] = {
+      {"symbols of an empty submap", [&] { return Count(QXwListSymbols(map(), 5, 7, nullptr)); },
+       "LLN"},
+      {"symbols of no submap", [&] { return Count(QXwListSymbols(map(), 99, 7, nullptr)); }, "NLN"},
+      {"symbols of an object without", [&] { return Count(QXwGetSymbolsByObject(map(), 51)); },
+       "LLN"},
+      {"symbols of no object", [&] { return Count(QXwGetSymbolsByObject(map(), 999)); }, "NLN"},
+      {"values of an object without", [] { return Count(QXwDbGetFieldValues(70)); }, "LLN"},
+      {"capabilities of one without", [] { return Count(QXwDbGetCapabilityFieldValues(50)); },
+       "LLN"},
+      {"values of no object", [] { return Count(QXwDbGetFieldValues(999)); }, "NLN"},
+      {"values of no objects",
+       [&] {
+         QXwObjectIdList none{0, nullptr};
+         return Count(QXwDbGetFieldValuesByObjects(&none, serial));
+       },
+       "LLN"},
+      {"a query that matches nothing",
+       [&] {
+         QXwFieldValue value{};
+         value.field_type = QXW_FIELD_STRING;
+         value.un.string_val = const_cast<char*>("nothing");
+         QXwFieldBinding binding{serial, &value};
+         return Count(QXwDbListObjectsByFieldValue(&binding));
+       },
+       "NLN"},
+      {"a collection that matches nothing",
+       [] { return Count(skCollectionEvaluate(R"(("Serial Number" = "nothing"))")); }, "NNN"},
+  };
+  ASSERT_EQ(skCollectionOpen(), 1);
+  const char* settings[] = {"usual", "empty", "null"};
+  for (int i = 0; i < 3; ++i) {
+    ControlOk(std::string("lists ") + settings[i]);
+    for (const Case& c : cases) {
+      const int count = c.count();
+      EXPECT_EQ(count < 0    ? 'N'
+                : count == 0 ? 'L'
+                             : '?',
+                c.answers[i])
+          << settings[i] << ": " << c.call;
+    }
+  }
+  skCollectionDone();
+}
+
+// An id list that names an unknown id: refused whole, or applied to the ids
+// that exist; the call fails either way.
+TEST_F(SurprisesTest, APartialIdListAppliesToTheIdsThatExist) {
+  QXwSymbolId symbols[] = {103, 999};
+  QXwObjectId objects[] = {31, 999};
+  QXwSymbolIdList symbolList{2, symbols};
+  QXwObjectIdList objectList{2, objects};
+  auto dumped = [](const char* kind, uint32_t id) {
+    const nlohmann::json map = ControlOk("dump")["map"];
+    for (const nlohmann::json& item : map[kind]) {
+      if (item["id"] == id) return item;
+    }
+    return nlohmann::json();
+  };
+  struct Case {
+    const char* call;
+    std::function<int()> run;
+    const char* error;
+    std::function<bool()> applied;
+  } cases[] = {
+      {"hide", [&] { return QXwSetSymbolsVisibility(map(), &symbolList, 1); },
+       "no such symbol: 999", [&] { return dumped("symbols", 103).value("hidden", false); }},
+      {"acknowledge", [&] { return QXwSetObjectAckState(map(), &objectList, 1); },
+       "no such object: 999", [&] { return dumped("objects", 31).value("acknowledged", false); }},
+      {"unmanage", [&] { return _QXwUnmanageObjects(map(), &objectList); }, "no such object: 999",
+       [&] { return !dumped("objects", 31).value("managed", true); }},
+      {"delete", [&] { return QXwDeleteSymbols(map(), &symbolList); }, "no such symbol: 999",
+       [&] { return dumped("symbols", 103).is_null(); }},
+  };
+  for (bool partial : {false, true}) {
+    ControlOk(partial ? "lists partial" : "lists whole");
+    for (const Case& c : cases) {
+      EXPECT_EQ(c.run(), -1) << c.call;
+      EXPECT_STREQ(QXwErrorMsg(QXwError()), c.error) << c.call;
+      EXPECT_EQ(c.applied(), partial) << c.call;
+    }
+    EXPECT_EQ(skifftest::DeliverPending(), partial ? 3 : 0) << "hidden, status, deleted";
+  }
 }
 
 }  // namespace
