@@ -63,7 +63,9 @@ void Reader::Forbid(const char* key, bool allowed, const std::string& why) {
 }
 
 void Reader::Done() const {
-  for (const auto& [key, value] : element_.items()) {
+  for (const auto& item : element_.items()) {
+    // Named, not a structured binding: a lambda may capture only a variable.
+    const std::string& key = item.key();
     bool read = std::any_of(read_.begin(), read_.end(), [&](const char* k) { return key == k; });
     if (!read) throw MapError(entity_, "unknown key " + Quote(key));
   }
