@@ -1,0 +1,96 @@
+// Fuzz target: the request server. The input is what the client connection
+// delivers: the real receive, message assembly, parsing, dispatch and serving
+// operations answer it over a socket pair, with the emulator on a small map
+// (loaded afresh after an input that may have changed it) and a fake Java
+// side (fake_java.h). The
+// map's events are delivered to the real handlers between reads, as the event
+// loop does. Every NUL sent ends one request (served, or dropped for its
+// length), and each gets one answer, "0" or "1".
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <thread>
+
+#include "channel/protocol.h"
+#include "dispatcher/fieldinfocache.h"
+#include "dispatcher/main.h"
+#include "emulator/qxwemu.h"
+#include "scoping/nsp.h"
+#include "tables/scopingcache.h"
+#include "tests/fuzz/fake_java.h"
+
+namespace {
+
+#define SKIFF_FUZZ_MAP SKIFF_SOURCE_DIR "/java/test/resources/maps/search.json"
+
+// Opens the session as connect does, without the request server's socket.
+bool OpenSession() {
+  jobject dispatcher =
+      fakejava::Install({0, 2, 4, 10, 11, 12, 20, 21, 25, 100, 300, 400, 500, 1200, -1, 999},
+                        {"Site A", "Annex", "nowhere"});
+  QxwEventDispatcher::Open(skiff::jni::AttachedEnv(), dispatcher, "search", true, true, true, true);
+  setenv("QXW_MAP", SKIFF_FUZZ_MAP, 1);
+  if (QXwInit() != 0) std::abort();
+  QxwEventDispatcher::SetMap(QXwGetMapInfo());
+  OpenFieldInfoCache();
+  QxwEventDispatcher::CacheFieldIds();
+  QxwEventDispatcher::m_thisQxwSessionEnablesLocationTracking = 1;
+  NSP::CacheNSPFieldIds();
+  ScopingCache::OpenScopeCache();
+  return QxwEventDispatcher::AddQXwCallbacks();
+}
+
+// True when a request of the input may change the map: a state request.
+bool ChangesMap(const uint8_t* data, size_t size) {
+  const std::string text(reinterpret_cast<const char*>(data), size);
+  for (size_t at = 0; at < size; at = text.find('\0', at) + 1) {
+    if (std::atoi(text.c_str() + at) >= skiff::channel::kSetAcknowledgeState) return true;
+    if (text.find('\0', at) == std::string::npos) break;
+  }
+  return false;
+}
+
+void DeliverEvents() {
+  while (qxwemu::PendingEvents() > 0) QXwProcessEvent();
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  static const bool open = OpenSession();
+  if (!open || size > 16384) return 0;  // larger requests are dropped anyway
+  static bool changed = false;
+  if (changed) qxwemu::Control("open-map " SKIFF_FUZZ_MAP);
+  DeliverEvents();
+  changed = ChangesMap(data, size);
+  int ends[2];  // the client's, the server's
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) std::abort();
+  if (write(ends[0], data, size) != static_cast<ssize_t>(size)) std::abort();
+  shutdown(ends[0], SHUT_WR);
+  std::string answers;
+  std::thread client([&] {
+    char buffer[4096];
+    for (ssize_t n; (n = read(ends[0], buffer, sizeof(buffer))) > 0;) answers.append(buffer, n);
+  });
+  int pending = 0;
+  while (ioctl(ends[1], FIONREAD, &pending) == 0 && pending > 0) {
+    QxwEventDispatcher::ServiceJavaRequestCB(ends[1], nullptr);
+    DeliverEvents();
+  }
+  QxwEventDispatcher::ServiceJavaRequestCB(ends[1], nullptr);  // the end: forgets a partial one
+  close(ends[1]);
+  fakejava::Return();
+  client.join();
+  close(ends[0]);
+  const size_t requests = std::count(data, data + size, '\0');
+  if (answers.size() != 2 * requests) std::abort();
+  for (size_t i = 0; i < answers.size(); i += 2) {
+    if ((answers[i] != '0' && answers[i] != '1') || answers[i + 1] != '\0') std::abort();
+  }
+  return 0;
+}
