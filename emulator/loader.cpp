@@ -4,6 +4,7 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <iterator>
 
@@ -18,8 +19,10 @@ namespace {
 // map file of any size costs one buffer of memory.
 class ChunkReader {
  public:
-  // Reads `file`, which stays open and owned by the caller.
-  explicit ChunkReader(FILE* file) : file_(file), buffer_(1 << 20) {}
+  // Reads `file`, which stays open and owned by the caller, in chunks of
+  // 1 MiB, or of `size` bytes when it says the file is smaller.
+  ChunkReader(FILE* file, size_t size)
+      : file_(file), buffer_(std::clamp<size_t>(size, 1, 1 << 20)) {}
 
   // Starts again from the beginning of the file.
   void Rewind() {
@@ -117,7 +120,7 @@ std::unique_ptr<Map> LoadMapFile(const std::string& path, std::string* error) {
   }
   std::unique_ptr<Map> map;
   try {
-    ChunkReader reader(file);
+    ChunkReader reader(file, static_cast<size_t>(st.st_size));
     std::vector<FieldDef> fields;
     map = RunPass(ChunkIterator(&reader), ChunkIterator(), nullptr, &fields);
     if (map == nullptr) {
