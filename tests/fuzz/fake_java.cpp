@@ -36,7 +36,8 @@ struct Method {
   std::string name, signature;
 };
 
-std::vector<std::unique_ptr<Object>> g_locals, g_globals;
+// Local and global references; the objects that arrays hold (no references).
+std::vector<std::unique_ptr<Object>> g_locals, g_globals, g_held;
 std::deque<Method> g_methods;
 std::map<std::string, jclass> g_classes;
 std::vector<jint> g_ids;
@@ -121,7 +122,7 @@ jobject JNICALL CallObject(JNIEnv*, jobject target, jmethodID id, va_list args) 
   if (m.name == "getRootObjectSelectionNames") {
     Object array("[L");
     for (size_t i = 0; i < g_turn % (g_names.size() + 1); ++i)
-      array.elements.push_back(Local(String(g_names[i])));
+      array.elements.push_back(Keep(g_held, String(g_names[i])));
     ++g_turn;
     return Local(std::move(array));
   }
@@ -257,6 +258,13 @@ jobject Install(std::vector<jint> ids, std::vector<std::string> names) {
   return Keep(g_globals, Object("com/quenda/skiff/trellis/server/QxwEventDispatcher"));
 }
 
-void Return() { g_locals.clear(); }
+size_t LiveLocals() {
+  return std::count_if(g_locals.begin(), g_locals.end(), [](auto& o) { return o->live; });
+}
+
+void Return() {
+  g_locals.clear();
+  g_held.clear();
+}
 
 }  // namespace fakejava

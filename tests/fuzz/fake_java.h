@@ -22,6 +22,11 @@ namespace fakejava {
 // objects' selection names. Once per process.
 jobject Install(std::vector<jint> ids, std::vector<std::string> names);
 
+// The local references made and not deleted since the last Return. The
+// dispatcher thread stays in one native call for the whole session, so what
+// it leaves behind is never freed.
+size_t LiveLocals();
+
 // The native call has returned to Java: its local references are freed.
 void Return();
 

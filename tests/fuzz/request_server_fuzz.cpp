@@ -1,11 +1,10 @@
 // Fuzz target: the request server. The input is what the client connection
 // delivers: the real receive, message assembly, parsing, dispatch and serving
-// operations answer it over a socket pair, with the emulator on a small map
-// (loaded afresh after an input that may have changed it) and a fake Java
-// side (fake_java.h). The
-// map's events are delivered to the real handlers between reads, as the event
-// loop does. Every NUL sent ends one request (served, or dropped for its
-// length), and each gets one answer, "0" or "1".
+// operations answer it over a socket pair, in the dispatcher's session
+// (dispatcher_session.h; its map loaded afresh after an input that may have
+// changed it), the map's events delivered between reads as the event loop
+// does. Every NUL sent ends one request (served, or dropped for its length),
+// and each gets one answer, "0" or "1"; no local reference is left behind.
 #include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -17,33 +16,11 @@
 #include <thread>
 
 #include "channel/protocol.h"
-#include "dispatcher/fieldinfocache.h"
 #include "dispatcher/main.h"
-#include "emulator/qxwemu.h"
-#include "scoping/nsp.h"
-#include "tables/scopingcache.h"
+#include "tests/fuzz/dispatcher_session.h"
 #include "tests/fuzz/fake_java.h"
 
 namespace {
-
-#define SKIFF_FUZZ_MAP SKIFF_SOURCE_DIR "/java/test/resources/maps/search.json"
-
-// Opens the session as connect does, without the request server's socket.
-bool OpenSession() {
-  jobject dispatcher =
-      fakejava::Install({0, 2, 4, 10, 11, 12, 20, 21, 25, 100, 300, 400, 500, 1200, -1, 999},
-                        {"Site A", "Annex", "nowhere"});
-  QxwEventDispatcher::Open(skiff::jni::AttachedEnv(), dispatcher, "search", true, true, true, true);
-  setenv("QXW_MAP", SKIFF_FUZZ_MAP, 1);
-  if (QXwInit() != 0) std::abort();
-  QxwEventDispatcher::SetMap(QXwGetMapInfo());
-  OpenFieldInfoCache();
-  QxwEventDispatcher::CacheFieldIds();
-  QxwEventDispatcher::m_thisQxwSessionEnablesLocationTracking = 1;
-  NSP::CacheNSPFieldIds();
-  ScopingCache::OpenScopeCache();
-  return QxwEventDispatcher::AddQXwCallbacks();
-}
 
 // True when a request of the input may change the map: a state request.
 bool ChangesMap(const uint8_t* data, size_t size) {
@@ -55,18 +32,13 @@ bool ChangesMap(const uint8_t* data, size_t size) {
   return false;
 }
 
-void DeliverEvents() {
-  while (qxwemu::PendingEvents() > 0) QXwProcessEvent();
-}
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
-  static const bool open = OpenSession();
-  if (!open || size > 16384) return 0;  // larger requests are dropped anyway
+  if (size > 16384) return 0;  // larger requests are dropped anyway
+  fuzzsession::Open();
   static bool changed = false;
-  if (changed) qxwemu::Control("open-map " SKIFF_FUZZ_MAP);
-  DeliverEvents();
+  if (changed) fuzzsession::Reload();
   changed = ChangesMap(data, size);
   int ends[2];  // the client's, the server's
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) std::abort();
@@ -80,7 +52,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   int pending = 0;
   while (ioctl(ends[1], FIONREAD, &pending) == 0 && pending > 0) {
     QxwEventDispatcher::ServiceJavaRequestCB(ends[1], nullptr);
-    DeliverEvents();
+    if (fakejava::LiveLocals() != 0) std::abort();
+    fuzzsession::DeliverEvents();
   }
   QxwEventDispatcher::ServiceJavaRequestCB(ends[1], nullptr);  // the end: forgets a partial one
   close(ends[1]);
