@@ -12,8 +12,8 @@ import java.util.List;
 import java.util.Map;
 import java.util.Random;
 import java.util.concurrent.atomic.AtomicBoolean;
-import java.util.concurrent.atomic.AtomicLong;
 import java.util.concurrent.atomic.AtomicReference;
+import java.util.stream.IntStream;
 import org.junit.jupiter.api.Test;
 
 /**
@@ -32,7 +32,6 @@ class MapEventsSoakTest extends OneSessionTest {
 
     private final AtomicBoolean stop = new AtomicBoolean();
     private final AtomicReference<String> failure = new AtomicReference<>();
-    private final AtomicLong requests = new AtomicLong();
     private final int[] rowsAsked = new int[CLIENTS];
     private List<String> names;  // the selection names of the map as loaded
     private List<Long> askedAgain;  // the loaded submaps the clients ask for again
@@ -68,7 +67,8 @@ class MapEventsSoakTest extends OneSessionTest {
                 List<Map<String, Object>> symbols = new ArrayList<>(map.symbols.values());
                 List<Long> objects = new ArrayList<>(map.objects.keySet());
                 for (int round = 0; round < COMMANDS_PER_ROUND; ) {
-                    String command = random.nextInt(10) == 0 ? entityCommand(created, random, nextId)
+                    String command = random.nextInt(10) == 0
+                            ? entityCommand(created, random, nextId)
                             : command(symbols, objects, loaded, random, nextId);
                     if (command == null) continue;
                     if (command.startsWith("create")) nextId++;
@@ -101,12 +101,9 @@ class MapEventsSoakTest extends OneSessionTest {
         assertNull(failure.get());
         assertTrue(heapGrowth < 16 << 20, heapGrowth + " bytes more native heap");
         for (int t = 0; t < CLIENTS; t++) {
-            List<String> expected = new ArrayList<>();
-            for (int i = 0; i < rowsAsked[t]; i++) {
-                expected.add("getSymbolRowData(" + (Integer.MIN_VALUE + t) + ", " + i + ", " + i + ")");
-            }
-            assertEquals(expected, dispatcher.log("getSymbolRowData(" + (Integer.MIN_VALUE + t) + ","),
-                    "client " + t + "'s row data, each once, in order");
+            String symbol = "getSymbolRowData(" + (Integer.MIN_VALUE + t) + ", ";
+            assertEquals(IntStream.range(0, rowsAsked[t]).mapToObj(i -> symbol + i + ", " + i + ")")
+                    .toList(), dispatcher.log(symbol), "client " + t + "'s rows, once, in order");
         }
 
         MapDump map = MapDump.of(control);
@@ -140,9 +137,8 @@ class MapEventsSoakTest extends OneSessionTest {
             clients.add(new Thread(() -> {
                 Random random = new Random(id);
                 for (int i = 0; !stop.get() && rowsAsked[id] < rowsEach; i++) {
-                    String wrong = request(id, i, name, random, askedAgain, rowsAsked);
+                    String wrong = request(id, i, name, random);
                     if (wrong != null) failure.compareAndSet(null, "client " + id + ": " + wrong);
-                    requests.incrementAndGet();
                 }
             }, "client " + t));
         }
@@ -155,11 +151,10 @@ class MapEventsSoakTest extends OneSessionTest {
      * (null: nothing). Each client asks for its own symbol's row data, and searches for its own
      * object's name: an answer meant for another client shows.
      */
-    private static String request(int id, int i, String name, Random random, List<Long> submaps,
-            int[] rowsAsked) {
+    private String request(int id, int i, String name, Random random) {
         switch (i % 6) {
             case 0:
-                long submapId = submaps.get(random.nextInt(submaps.size()));
+                long submapId = askedAgain.get(random.nextInt(askedAgain.size()));
                 return client.getSubmapAndSymbols((int) submapId) ? null
                         : "submap " + submapId + " was not reported";
             case 1:
