@@ -21,18 +21,6 @@ class SubmapContentsTest extends OneSessionTest {
     @Test
     @Order(1)
     void everySymbolIsReportedInPlatformOrderAndFieldValuesOnlyWhenMissing() throws Exception {
-        // The session's first request was getSubmapAndSymbols(0): the root submap.
-        assertEquals(List.of("setConnectionResults(true, submap contents, false)",
-                "connect returned(true)", "addSubmap(0, 1, Root, 0, false, )",
-                "addNodeSymbol(100, 1, Campus, , Location:Campus, 2, 0, 1, 2, false, 1, 10, 20,"
-                        + " 0, 0)",
-                "qxwdbObjectFieldValuesInCache(1)",
-                "setQxwdbObjectFieldValues(1, {Selection Name=Campus})",
-                "addNodeSymbol(101, 1, Empty Place, , Location:Building, 2, 0, 40, 3, false, 1,"
-                        + " 50, 20, 0, 0)",
-                "qxwdbObjectFieldValuesInCache(40)",
-                "setQxwdbObjectFieldValues(40, {Selection Name=Empty Place})",
-                "first getSubmapAndSymbols answered()"), dispatcher.log());
         // Hidden symbols, the user plane and the meta-connection are reported like the others;
         // placements 1, 2 and 7 give coordinates, a predecessor and nothing. The router (object
         // 30) has three symbols: each asks, only the first gets its values built.
