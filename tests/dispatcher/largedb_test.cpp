@@ -1,4 +1,5 @@
 // The large-database setting: the matching rule over files, and the reread.
+// A missing file, and the verbose lines, are the Java large-database test's.
 #include "dispatcher/largedb.h"
 
 #include <gtest/gtest.h>
@@ -38,18 +39,6 @@ TEST(LargeDbTest, TheKeySwitchesTheSettingOnOnlyWhereAPieceStarts) {
     EXPECT_STREQ(skiff::LargeDbSetting(), c.on ? "TRUE" : "FALSE") << c.text;
     std::remove(path.c_str());
   }
-}
-
-TEST(LargeDbTest, AMissingFileTurnsTheSettingOffAndSaysSoInVerboseMode) {
-  std::string path = skifftest::WriteTempFile("SKIFF_LARGE_DB=TRUE\n", ".conf");
-  skiff::RereadLargeDbSetting(path.c_str(), false);
-  EXPECT_TRUE(skiff::IsLargeDb());
-  std::remove(path.c_str());
-  testing::internal::CaptureStderr();
-  skiff::RereadLargeDbSetting(path.c_str(), true);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "Can't open " + path + " conf fileSKIFF_LARGE_DB=FALSE\n");
-  EXPECT_FALSE(skiff::IsLargeDb());
 }
 
 }  // namespace
