@@ -2,20 +2,16 @@
 // words or is refused; its words, each quoted again, split back into the
 // same words; the text after the first k words splits into the words after
 // them; and every argument reader either reads a word or refuses it.
-#include <cstdlib>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "emulator/control_syntax.h"
+#include "tests/fuzz/check.h"
 
 using namespace qxwemu;
 
 namespace {
-
-void Check(bool holds) {
-  if (!holds) std::abort();
-}
 
 // Runs `read`; a refusal is an answer too.
 template <typename Read>

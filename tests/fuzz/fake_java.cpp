@@ -1,5 +1,6 @@
 // The fake Java side (see fake_java.h).
 #include "tests/fuzz/fake_java.h"
+#include "tests/fuzz/check.h"
 
 #include <algorithm>
 #include <cstdarg>
@@ -13,10 +14,6 @@
 namespace fakejava {
 
 namespace {
-
-void Check(bool holds) {
-  if (!holds) std::abort();
-}
 
 // A Java object or class. `type` is a class name, or "[I", "[B" or "[L" for
 // an array; an int or byte array, and a string, hold `values` (a string its

@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <sstream>
 #include <string>
 #include <thread>
 
@@ -20,26 +21,16 @@
 #include "tests/fuzz/dispatcher_session.h"
 #include "tests/fuzz/fake_java.h"
 
-namespace {
-
-// True when a request of the input may change the map: a state request.
-bool ChangesMap(const uint8_t* data, size_t size) {
-  const std::string text(reinterpret_cast<const char*>(data), size);
-  for (size_t at = 0; at < size; at = text.find('\0', at) + 1) {
-    if (std::atoi(text.c_str() + at) >= skiff::channel::kSetAcknowledgeState) return true;
-    if (text.find('\0', at) == std::string::npos) break;
-  }
-  return false;
-}
-
-}  // namespace
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size > 16384) return 0;  // larger requests are dropped anyway
   fuzzsession::Open();
   static bool changed = false;
   if (changed) fuzzsession::Reload();
-  changed = ChangesMap(data, size);
+  // A state request may change the map.
+  std::istringstream sent(std::string(reinterpret_cast<const char*>(data), size));
+  changed = false;
+  for (std::string r; std::getline(sent, r, '\0');)
+    changed = changed || std::atoi(r.c_str()) >= skiff::channel::kSetAcknowledgeState;
   int ends[2];  // the client's, the server's
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0) std::abort();
   if (write(ends[0], data, size) != static_cast<ssize_t>(size)) std::abort();

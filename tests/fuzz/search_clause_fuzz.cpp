@@ -4,21 +4,13 @@
 // the text that went in.
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
 
 #include "emulator/query.h"
 #include "search/findobject.h"
-
-namespace {
-
-void Check(bool holds) {
-  if (!holds) std::abort();
-}
-
-}  // namespace
+#include "tests/fuzz/check.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider in(data, size);

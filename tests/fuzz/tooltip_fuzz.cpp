@@ -6,7 +6,6 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <deque>
 #include <string>
 #include <vector>
@@ -15,12 +14,9 @@
 #include "dispatcher/fieldvalues.h"
 #include "dispatcher/interfacestrings.h"
 #include "platform/qxw.h"
+#include "tests/fuzz/check.h"
 
 namespace {
-
-void Check(bool holds) {
-  if (!holds) std::abort();
-}
 
 // What the bindings point at, kept while they are rendered.
 struct Values {
@@ -68,7 +64,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   static QXwdbFieldInfoHashtable* infos = new QXwdbFieldInfoHashtable();
   static QXwdbEnumConstantsHashtable* enums = new QXwdbEnumConstantsHashtable();
   static const skiff::ToolTipFields fields = skiff::ToolTipFieldsOf(skiff::ResolveFieldIds());
-  if (!open) std::abort();
+  Check(open);
 
   FuzzedDataProvider in(data, size);
   const bool isLargeDb = in.ConsumeBool();
