@@ -9,39 +9,23 @@
 
 namespace {
 
-TEST(SubmapContentsTest, NodesAndConnectionsAreReportedInOrderOtherVarietiesSkipped) {
-  QXwSymbolInfo symbols[4] = {};
-  const int varieties[] = {QXW_SYMBOL_ICON, QXW_SYMBOL_CONNECTION, 3, QXW_SYMBOL_ICON};
-  for (int i = 0; i < 4; ++i) {
-    symbols[i].symbol_id = 100 + i;
-    symbols[i].symbol_variety = varieties[i];
-  }
-  QXwSymbolList list{4, symbols};
-  std::vector<std::string> reported;
-  skiff::ForEachReportedSymbol(
-      &list,
-      [&](const QXwSymbolInfo& s) { reported.push_back("node " + std::to_string(s.symbol_id)); },
-      [&](const QXwSymbolInfo& s) {
-        reported.push_back("connection " + std::to_string(s.symbol_id));
-      });
-  EXPECT_EQ(reported, (std::vector<std::string>{"node 100", "connection 101", "node 103"}));
-
-  reported.clear();
-  auto none = [&](const QXwSymbolInfo&) { reported.push_back("?"); };
-  skiff::ForEachReportedSymbol(nullptr, none, none);
-  EXPECT_TRUE(reported.empty());
+// Appends `entry` to the blank-separated `entries`.
+void Add(std::string& entries, const std::string& entry) {
+  entries += (entries.empty() ? "" : " ") + entry;
 }
 
-// Varieties: n node, c connection, o another one.
-TEST(SubmapContentsTest, EveryNodePositionIsReportedTheLastOneWithNothingToFollow) {
+TEST(SubmapContentsTest, NodesAndConnectionsInOrderOtherVarietiesSkippedTheLastNodeLast) {
   struct Case {
-    const char* varieties;
-    const char* reported;  // symbol index and moreToFollow
-  };
-  const Case cases[] = {
-      {"ncn", "0+ 2-"}, {"n", "0-"}, {"nnc", "0+ 1-"}, {"cnonc", "1+ 3-"},
-      {"cc", ""},       {"", ""},    {"o", ""},
-  };
+    const char* varieties;  // n node, c connection, o another one; ids from 0
+    const char* reported;   // n or c and the symbol id
+    const char* positions;  // symbol id and moreToFollow
+  } cases[] = {{"ncon", "n0 c1 n3", "0+ 3-"},
+               {"n", "n0", "0-"},
+               {"nnc", "n0 n1 c2", "0+ 1-"},
+               {"cnonc", "c0 n1 n3 c4", "1+ 3-"},
+               {"cc", "c0 c1", ""},
+               {"", "", ""},
+               {"o", "", ""}};
   for (const Case& c : cases) {
     std::vector<QXwSymbolInfo> symbols(std::string(c.varieties).size());
     for (size_t i = 0; i < symbols.size(); ++i) {
@@ -50,14 +34,19 @@ TEST(SubmapContentsTest, EveryNodePositionIsReportedTheLastOneWithNothingToFollo
       symbols[i].symbol_variety = v == 'n' ? QXW_SYMBOL_ICON : v == 'c' ? QXW_SYMBOL_CONNECTION : 3;
     }
     QXwSymbolList list{static_cast<int>(symbols.size()), symbols.data()};
-    std::string reported;
+    std::string reported, positions;
+    skiff::ForEachReportedSymbol(
+        &list, [&](const QXwSymbolInfo& s) { Add(reported, "n" + std::to_string(s.symbol_id)); },
+        [&](const QXwSymbolInfo& s) { Add(reported, "c" + std::to_string(s.symbol_id)); });
     skiff::ForEachNodePosition(&list, [&](const QXwSymbolInfo& s, bool moreToFollow) {
-      if (!reported.empty()) reported += ' ';
-      reported += std::to_string(s.symbol_id) + (moreToFollow ? '+' : '-');
+      Add(positions, std::to_string(s.symbol_id) + (moreToFollow ? '+' : '-'));
     });
     EXPECT_EQ(reported, c.reported) << c.varieties;
+    EXPECT_EQ(positions, c.positions) << c.varieties;
   }
-  skiff::ForEachNodePosition(nullptr, [](const QXwSymbolInfo&, bool) { FAIL(); });
+  auto none = [](const QXwSymbolInfo&, bool = false) { FAIL(); };
+  skiff::ForEachReportedSymbol(nullptr, none, none);
+  skiff::ForEachNodePosition(nullptr, none);
 }
 
 }  // namespace
