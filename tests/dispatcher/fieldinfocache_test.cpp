@@ -65,13 +65,12 @@ TEST_F(FieldInfoCacheTest, FieldsNotListedAreAskedForOneByOne) {
   EXPECT_TRUE(wasCached);
   EXPECT_EQ(Calls("QXwDbGetFieldInfo"), 1u);
 
-  // An unknown field is reported, and asked for, on every lookup.
+  // An unknown field is asked for on every lookup (what it reports is the
+  // field-values test's).
   testing::internal::CaptureStderr();
   EXPECT_EQ(GetFieldInfo(99), nullptr);
   EXPECT_EQ(GetFieldInfo(99, &wasCached), nullptr);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "QXwDbGetFieldInfo call failed for field 99"
-            "QXwDbGetFieldInfo call failed for field 99");
+  testing::internal::GetCapturedStderr();
   EXPECT_TRUE(wasCached);
   EXPECT_EQ(Calls("QXwDbGetFieldInfo"), 3u);
 }
