@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -80,11 +81,12 @@ TEST(FindSymbolTest, ClassifiesByExactTextsPlanesAndVarieties) {
   EXPECT_EQ(FindSymbol::IsInIPTopology(&none), 0);
 }
 
+using Ids = std::vector<QXwSymbolId>;
+
 // The ids an iterator gives, in order, until it gives null; then one more
 // call, which must give null again.
-template <class Next>
-std::vector<QXwSymbolId> Scan(QXwSymbolList* list, Next next) {
-  std::vector<QXwSymbolId> ids;
+Ids Scan(QXwSymbolList* list, std::function<QXwSymbolInfo*(QXwSymbolList*, int&)> next) {
+  Ids ids;
   int cursor = 0;
   while (QXwSymbolInfo* s = next(list, cursor)) ids.push_back(s->symbol_id);
   EXPECT_EQ(cursor, list->count);
@@ -105,32 +107,20 @@ TEST(FindSymbolTest, IteratorsVisitEachQualifyingSymbolOnceInListOrder) {
       icon.Record(1),     userIcon.Record(2), meta.Record(3),     otherAppIcon.Record(4),
       location.Record(5), link.Record(6),     userMeta.Record(7), locationConnection.Record(8),
   };
-  QXwSymbolList list{static_cast<int>(records.size()), records.data()};
-  auto explodable = [](int ipTopology, int appPlane, int meta) {
-    return [=](QXwSymbolList* l, int& c) {
-      return FindSymbol::GetNextExplodableSymbol(l, c, ipTopology, appPlane, meta);
-    };
-  };
-  using Ids = std::vector<QXwSymbolId>;
-  EXPECT_EQ(Scan(&list, explodable(0, 0, 0)), (Ids{1, 2, 4, 5}));
-  EXPECT_EQ(Scan(&list, explodable(0, 0, 1)), (Ids{1, 2, 3, 4, 5, 7}));
-  EXPECT_EQ(Scan(&list, explodable(1, 1, 1)), (Ids{1, 3, 5}));
-  EXPECT_EQ(Scan(&list, explodable(0, 1, 0)), (Ids{1, 4, 5}));
-  EXPECT_EQ(Scan(&list, [](QXwSymbolList* l,
-                           int& c) { return FindSymbol::GetNextLocationSymbol(l, c, 0, 0); }),
-            (Ids{5}));
-  EXPECT_EQ(Scan(&list, [](QXwSymbolList* l,
-                           int& c) { return FindSymbol::GetNextMetaConnSymbol(l, c, 0); }),
-            (Ids{3, 7}));
-  EXPECT_EQ(Scan(&list, [](QXwSymbolList* l,
-                           int& c) { return FindSymbol::GetNextMetaConnSymbol(l, c, 1); }),
-            (Ids{3}));
-
-  QXwSymbolList empty{0, nullptr};
-  int cursor = 0;
-  EXPECT_EQ(FindSymbol::GetNextExplodableSymbol(&empty, cursor, 0, 0, 1), nullptr);
-  EXPECT_EQ(cursor, 0);
-  cursor = 5;
+  QXwSymbolList list{static_cast<int>(records.size()), records.data()}, empty{0, nullptr};
+  using namespace std::placeholders;
+  const auto explodable = &FindSymbol::GetNextExplodableSymbol;  // topology, plane, meta
+  const auto locations = &FindSymbol::GetNextLocationSymbol;     // topology, plane
+  const auto metas = &FindSymbol::GetNextMetaConnSymbol;         // plane
+  EXPECT_EQ(Scan(&list, std::bind(explodable, _1, _2, 0, 0, 0)), (Ids{1, 2, 4, 5}));
+  EXPECT_EQ(Scan(&list, std::bind(explodable, _1, _2, 0, 0, 1)), (Ids{1, 2, 3, 4, 5, 7}));
+  EXPECT_EQ(Scan(&list, std::bind(explodable, _1, _2, 1, 1, 1)), (Ids{1, 3, 5}));
+  EXPECT_EQ(Scan(&list, std::bind(explodable, _1, _2, 0, 1, 0)), (Ids{1, 4, 5}));
+  EXPECT_EQ(Scan(&list, std::bind(locations, _1, _2, 0, 0)), (Ids{5}));
+  EXPECT_EQ(Scan(&list, std::bind(metas, _1, _2, 0)), (Ids{3, 7}));
+  EXPECT_EQ(Scan(&list, std::bind(metas, _1, _2, 1)), (Ids{3}));
+  EXPECT_EQ(Scan(&empty, std::bind(explodable, _1, _2, 0, 0, 1)), Ids{});
+  int cursor = 5;
   EXPECT_EQ(FindSymbol::GetNextLocationSymbol(nullptr, cursor, 0, 0), nullptr);
   EXPECT_EQ(cursor, 5);
 }
