@@ -6,35 +6,15 @@
 #include <string>
 #include <vector>
 
-#include "platform/qxwdb.h"
 #include "platform/skcollection.h"
-#include "tests/support/platform_session.h"
+#include "tests/platform/platform_test.h"
 
 namespace {
 
-std::vector<QXwObjectId> Ids(QXwObjectIdList* list) {
-  std::vector<QXwObjectId> ids;
-  for (int i = 0; list != nullptr && i < list->count; ++i) ids.push_back(list->object_ids[i]);
-  QXwDbFreeObjectIdList(list);
-  return ids;
-}
-
-// An integer, boolean or enumeration value, or with `text` a string value.
-QXwFieldValue Value(int type, int number, const char* text = nullptr) {
-  QXwFieldValue value{};
-  value.field_type = type;
-  value.un.int_val = number;
-  if (text != nullptr) value.un.string_val = const_cast<char*>(text);
-  return value;
-}
-
-class DbTest : public ::testing::Test {
- protected:
-  void SetUp() override { ASSERT_TRUE(session_.ok()) << session_.error(); }
-  QXwFieldId Field(const char* name) { return QXwDbFieldNameToFieldId(name); }
-
-  skifftest::PlatformSession session_{skifftest::TestMap("platform.json")};
-};
+using skifftest::Ids;
+using skifftest::Of;
+using skifftest::Value;
+using DbTest = skifftest::PlatformTest;
 
 TEST_F(DbTest, NamesAndIdsResolve) {
   EXPECT_EQ(Field("Serial Number"), 26u);  // after the 25 standard fields
@@ -99,7 +79,7 @@ TEST_F(DbTest, IntegerValuesReadAndWrite) {
   // A written value is found by value at once.
   QXwFieldValue twenty = Value(QXW_FIELD_INTEGER, 20);
   QXwFieldBinding binding{Field("Location ID"), &twenty};
-  EXPECT_EQ(Ids(QXwDbListObjectsByFieldValue(&binding)), (std::vector<QXwObjectId>{30}));
+  EXPECT_EQ(Of(QXwDbListObjectsByFieldValue(&binding)), Ids{30});
 }
 
 TEST_F(DbTest, ObjectsByValueMatchEveryBindingInCreationOrder) {
@@ -110,7 +90,7 @@ TEST_F(DbTest, ObjectsByValueMatchEveryBindingInCreationOrder) {
   struct Case {
     const char* what;
     std::vector<QXwFieldBinding> bindings;
-    std::vector<QXwObjectId> ids;
+    Ids ids;
   } cases[] = {
       {"capability", {{Field("isInterface"), &yes}}, {41, 42, 43}},
       {"interfaces of a node on a network",
@@ -123,12 +103,12 @@ TEST_F(DbTest, ObjectsByValueMatchEveryBindingInCreationOrder) {
        {42}},
       {"all bits set", {{Field("TopM Node ID"), &allBits}}, {43}},
       {"an element of a list field", {{Field("Aliases"), &alias}}, {50}},
-      {"no match", {{Field("isLocation"), &yes}}, {}},
+      {"no match", {{Field("isLocation"), &yes}}, {0}},
   };
   for (const Case& c : cases) {
     QXwFieldBindList list{static_cast<int>(c.bindings.size()),
                           const_cast<QXwFieldBinding*>(c.bindings.data())};
-    EXPECT_EQ(Ids(QXwDbListObjectsByFieldValues(&list)), c.ids) << c.what;
+    EXPECT_EQ(Of(QXwDbListObjectsByFieldValues(&list)), c.ids) << c.what;
   }
   QXwFieldBinding unknown{999, &yes};
   EXPECT_EQ(QXwDbListObjectsByFieldValue(&unknown), nullptr);
@@ -138,7 +118,7 @@ TEST_F(DbTest, ObjectsByValueMatchEveryBindingInCreationOrder) {
 TEST_F(DbTest, CollectionClausesMatchTextRegularExpressionsAndTypes) {
   struct Case {
     const char* clause;
-    std::vector<long> ids;  // {-1}: none, with `error`
+    Ids ids;  // {0}: none, with `error`
     int error = 0;
   } cases[] = {
       // as a wildcard search writes them: only objects that have the field
@@ -148,46 +128,37 @@ TEST_F(DbTest, CollectionClausesMatchTextRegularExpressionsAndTypes) {
       // an exact search never expands the star; a regular expression is not anchored
       {R"(("Selection Name" = "*"))", {51}},
       {R"(("Selection Name" ~ "rtr"))", {30, 31}},
-      {R"(("Selection Name" = "rtr"))", {-1}, QXW_ERR_NOT_FOUND},
+      {R"(("Selection Name" = "rtr"))", {0}, QXW_ERR_NOT_FOUND},
       // integers as decimal text, booleans as TRUE/FALSE, enumerations by name
       {R"(("TopM Node ID" = "40"))", {41, 42}},
       {R"(("TopM Node ID" = "4294967295"))", {43}},
       {R"(("Rack" = "-1"))", {31}},
       {R"(("isInterface" = "TRUE"))", {41, 42, 43}},
-      {R"(("isNode" = "FALSE"))", {-1}, QXW_ERR_NOT_FOUND},
+      {R"(("isNode" = "FALSE"))", {0}, QXW_ERR_NOT_FOUND},
       {R"(("isSNMPSupported" ~ "^TR"))", {40}},
       {R"(("vendor" ~ "^Glo"))", {40}},
       // a list field matches when one of its elements does
       {R"(("Aliases" = "beta"))", {50}},
       // blanks around the parts are allowed; a quote inside the value is text
       {R"( ( "Selection Name"   =  "rtr2" ) )", {31}},
-      {R"(("Selection Name" = "a"b"))", {-1}, QXW_ERR_NOT_FOUND},
-      {R"(("Colour" = "red"))", {-1}, QXW_ERR_NO_SUCH_FIELD},
-      {R"(("Selection Name" ~ "("))", {-1}, QXW_ERR_BAD_EXPRESSION},
-      {R"(("Selection Name" = rtr1))", {-1}, QXW_ERR_BAD_EXPRESSION},
-      {R"("Selection Name" = "rtr1")", {-1}, QXW_ERR_BAD_EXPRESSION},
-      {R"(("Selection Name" == "rtr1"))", {-1}, QXW_ERR_BAD_EXPRESSION},
-      {R"(("Selection Name" = "rtr1") x)", {-1}, QXW_ERR_BAD_EXPRESSION},
-      {"", {-1}, QXW_ERR_BAD_EXPRESSION},
-  };
-  auto evaluate = [](const char* clause, int* error) -> std::vector<long> {
-    QXwObjectIdList* list = skCollectionEvaluate(clause);
-    *error = list == nullptr ? QXwError() : 0;
-    if (list == nullptr) return {-1};
-    std::vector<long> ids(list->object_ids, list->object_ids + list->count);
-    QXwDbFreeObjectIdList(list);
-    return ids;
+      {R"(("Selection Name" = "a"b"))", {0}, QXW_ERR_NOT_FOUND},
+      {R"(("Colour" = "red"))", {0}, QXW_ERR_NO_SUCH_FIELD},
+      {R"(("Selection Name" ~ "("))", {0}, QXW_ERR_BAD_EXPRESSION},
+      {R"(("Selection Name" = rtr1))", {0}, QXW_ERR_BAD_EXPRESSION},
+      {R"("Selection Name" = "rtr1")", {0}, QXW_ERR_BAD_EXPRESSION},
+      {R"(("Selection Name" == "rtr1"))", {0}, QXW_ERR_BAD_EXPRESSION},
+      {R"(("Selection Name" = "rtr1") x)", {0}, QXW_ERR_BAD_EXPRESSION},
+      {"", {0}, QXW_ERR_BAD_EXPRESSION},
   };
   ASSERT_EQ(skCollectionOpen(), 1);
   for (const Case& c : cases) {
-    int error = -1;
-    EXPECT_EQ(evaluate(c.clause, &error), c.ids) << c.clause;
-    EXPECT_EQ(error, c.error) << c.clause;
+    const Ids ids = Of(skCollectionEvaluate(c.clause));
+    EXPECT_EQ(ids, c.ids) << c.clause;
+    EXPECT_EQ(ids == Ids{0} ? QXwError() : 0, c.error) << c.clause;
   }
   skCollectionDone();
-  int error = 0;
-  EXPECT_EQ(evaluate(R"(("Selection Name" = "rtr2"))", &error), std::vector<long>{-1});
-  EXPECT_EQ(error, QXW_ERR_NOT_OPEN);
+  EXPECT_EQ(Of(skCollectionEvaluate(R"(("Selection Name" = "rtr2"))")), Ids{0});
+  EXPECT_EQ(QXwError(), QXW_ERR_NOT_OPEN);
 }
 
 }  // namespace

@@ -12,14 +12,14 @@
 #include <vector>
 
 #include "emulator/qxwemu.h"
-#include "platform/qxw.h"
-#include "platform/qxwdb.h"
-#include "tests/support/platform_session.h"
+#include "tests/platform/platform_test.h"
 
 namespace {
 
 using skifftest::Control;
 using skifftest::ControlOk;
+using skifftest::Ids;
+using skifftest::Of;
 
 // Every handler writes one line per event: the code, then the items as the
 // event carries them: symbols as "id@submap:object", submaps as
@@ -76,21 +76,12 @@ void Register(int code, Proc proc, QXwFieldBindList* filter = nullptr, const cha
       0);
 }
 
-// The ids of a symbol list, which is freed; {0} for none.
-std::vector<QXwSymbolId> Ids(QXwSymbolList* list) {
-  if (list == nullptr) return {0};
-  std::vector<QXwSymbolId> ids;
-  for (int i = 0; i < list->count; ++i) ids.push_back(list->symbols[i].symbol_id);
-  QXwFreeSymbolList(list);
-  return ids;
-}
-
 // Handlers for the symbol, submap and map events (qxw-monitor's test has
 // the others); object events have none.
-class EventsTest : public ::testing::Test {
+class EventsTest : public skifftest::PlatformTest {
  protected:
   void SetUp() override {
-    ASSERT_TRUE(session_.ok()) << session_.error();
+    PlatformTest::SetUp();
     g_seen.clear();
     for (int code : {QXW_EVENT_SYMBOLS_HIDDEN, QXW_EVENT_SYMBOLS_UNHIDDEN, QXW_EVENT_SYMBOLS_STATUS,
                      QXW_EVENT_SYMBOLS_CREATED, QXW_EVENT_SYMBOLS_DELETED}) {
@@ -102,9 +93,6 @@ class EventsTest : public ::testing::Test {
     Register(QXW_EVENT_MAP_OPEN, OnMapOpen);
     Register(QXW_EVENT_MAP_CLOSE, OnMapClose);
   }
-  QXwMapInfo* map() { return session_.map(); }
-
-  skifftest::PlatformSession session_{skifftest::TestMap("platform.json")};
 };
 
 TEST_F(EventsTest, ListsInCreationOrderByPlaneAndApplication) {
@@ -112,7 +100,7 @@ TEST_F(EventsTest, ListsInCreationOrderByPlaneAndApplication) {
     QXwSubmapId submap;
     QXwPlaneType planes;
     const char* app;
-    std::vector<QXwSymbolId> ids;
+    Ids ids;
   } cases[] = {
       {3, QXW_PLANE_ALL, nullptr, {103, 104, 105, 106, 107, 108}},
       {3, QXW_PLANE_ALL, "", {103, 104, 105, 106, 107, 108}},
@@ -125,7 +113,7 @@ TEST_F(EventsTest, ListsInCreationOrderByPlaneAndApplication) {
       {99, QXW_PLANE_ALL, nullptr, {0}},
   };
   for (const Case& c : cases) {
-    EXPECT_EQ(Ids(QXwListSymbols(map(), c.submap, c.planes, c.app)), c.ids)
+    EXPECT_EQ(Of(QXwListSymbols(map(), c.submap, c.planes, c.app)), c.ids)
         << c.submap << " " << c.planes << " " << (c.app ? c.app : "-");
   }
   EXPECT_EQ(QXwError(), QXW_ERR_NO_SUCH_SUBMAP);
@@ -170,7 +158,7 @@ TEST_F(EventsTest, PlatformChangesReportOnlyTheSymbolsThatChanged) {
                                       "25 [102@2:30 103@3:30]", "14 [104@3:40 107@3:60]"}));
   QXwSymbolList* left = QXwListSymbols(map(), 3, QXW_PLANE_ALL, nullptr);
   EXPECT_EQ(left->symbols[0].var_un.position.un.pred_symbol, 0u);
-  EXPECT_EQ(Ids(left), (std::vector<QXwSymbolId>{103, 105, 106, 108}));
+  EXPECT_EQ(Of(left), (Ids{103, 105, 106, 108}));
   QXwObjectInfo* host = QXwGetObjectInfo(map(), 40);
   EXPECT_EQ(host->num_symbols, 1);
   QXwFreeObjectInfo(host);
@@ -242,10 +230,8 @@ TEST_F(EventsTest, InjectedFailuresChooseTheirCallsByNumberAndById) {
   QXwSymbolIdList first{1, ids}, both{2, ids};
   EXPECT_EQ(QXwSetSymbolsVisibility(map(), &first, 1), 0);
   EXPECT_EQ(QXwSetSymbolsVisibility(map(), &both, 1), -1);
-  QXwFieldValue yes{};
-  yes.field_type = QXW_FIELD_BOOLEAN;
-  yes.un.bool_val = 1;
-  QXwFieldBinding isNode{QXwDbFieldNameToFieldId("isNode"), &yes};
+  QXwFieldValue yes = skifftest::Value(QXW_FIELD_BOOLEAN, 1);
+  QXwFieldBinding isNode{Field("isNode"), &yes};
   ControlOk("fail QXwDbListObjectsByFieldValue for " + std::to_string(isNode.field_id));
   EXPECT_EQ(QXwDbListObjectsByFieldValue(&isNode), nullptr);
 }
@@ -311,10 +297,8 @@ TEST_F(EventsTest, ObjectEventsReachOnlyTheHandlersWhoseFilterTheyMatch) {
   EXPECT_EQ(skifftest::DeliverPending(), 1);
   EXPECT_EQ(g_seen, std::vector<std::string>{});
 
-  QXwFieldValue yes{};
-  yes.field_type = QXW_FIELD_BOOLEAN;
-  yes.un.bool_val = 1;
-  QXwFieldBinding binding{QXwDbFieldNameToFieldId("isInterface"), &yes};
+  QXwFieldValue yes = skifftest::Value(QXW_FIELD_BOOLEAN, 1);
+  QXwFieldBinding binding{Field("isInterface"), &yes};
   QXwFieldBindList filter{1, &binding};
   for (int code : {QXW_EVENT_OBJECTS_CREATED, QXW_EVENT_OBJECTS_DELETED}) {
     Register(code, OnObjects, &filter, "interfaces");

@@ -4,51 +4,19 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <functional>
 #include <string>
 #include <vector>
 
-#include "emulator/qxwemu.h"
-#include "platform/qxw.h"
-#include "platform/qxwdb.h"
 #include "platform/skcollection.h"
-#include "tests/support/platform_session.h"
+#include "tests/platform/platform_test.h"
 
 namespace {
 
-using skifftest::Control;
 using skifftest::ControlOk;
-using Ids = std::vector<uint32_t>;
-
-// The ids of a list, which is freed; {0} for none.
-Ids Of(QXwSymbolList* list) {
-  if (list == nullptr) return {0};
-  Ids ids;
-  for (int i = 0; i < list->count; ++i) ids.push_back(list->symbols[i].symbol_id);
-  QXwFreeSymbolList(list);
-  return ids;
-}
-Ids Of(QXwObjectIdList* list) {
-  if (list == nullptr) return {0};
-  Ids ids(list->object_ids, list->object_ids + list->count);
-  QXwDbFreeObjectIdList(list);
-  return ids;
-}
-Ids Of(QXwFieldBindList* list) {
-  if (list == nullptr) return {0};
-  Ids ids;
-  for (int i = 0; i < list->count; ++i) ids.push_back(list->fields[i].field_id);
-  QXwDbFreeFieldBindList(list);
-  return ids;
-}
-Ids Of(QXwFieldList* list) {
-  if (list == nullptr) return {0};
-  Ids ids;
-  for (int i = 0; i < list->count; ++i) ids.push_back(list->field_list[i].field_id);
-  QXwDbFreeFieldList(list);
-  return ids;
-}
+using skifftest::Ids;
+using skifftest::Of;
+using SurprisesTest = skifftest::PlatformTest;
 
 // The order the `order` command reports for `what`.
 Ids Served(const std::string& what) { return ControlOk("order " + what)["ids"].get<Ids>(); }
@@ -62,38 +30,11 @@ Ids Within(const Ids& all, const Ids& part) {
   return out;
 }
 
-// The count of a list, which is freed, or -1 for none.
-template <class List, class Free>
-int CountAndFree(List* list, Free free) {
-  const int count = list == nullptr ? -1 : list->count;
-  if (list != nullptr) free(list);
-  return count;
-}
-int Count(QXwSymbolList* l) { return CountAndFree(l, QXwFreeSymbolList); }
-int Count(QXwFieldBindList* l) { return CountAndFree(l, QXwDbFreeFieldBindList); }
-int Count(QXwObjectFieldList* l) { return CountAndFree(l, QXwDbFreeObjectFieldList); }
-int Count(QXwObjectIdList* l) { return CountAndFree(l, QXwDbFreeObjectIdList); }
-
-QXwFieldValue True() {
-  QXwFieldValue value{};
-  value.field_type = QXW_FIELD_BOOLEAN;
-  value.un.bool_val = 1;
-  return value;
-}
-
-class SurprisesTest : public ::testing::Test {
- protected:
-  void SetUp() override { ASSERT_TRUE(session_.ok()) << session_.error(); }
-  QXwMapInfo* map() { return session_.map(); }
-
-  skifftest::PlatformSession session_{skifftest::TestMap("platform.json")};
-};
-
 // Each list function against the order the `order` command reports: a list
 // in full comes in that order, a filtered list or a query in that order too.
 TEST_F(SurprisesTest, ListsComeInThePermutedOrderThatOrderReports) {
-  QXwFieldValue yes = True();
-  QXwFieldBinding isNode{QXwDbFieldNameToFieldId("isNode"), &yes};
+  QXwFieldValue yes = skifftest::Value(QXW_FIELD_BOOLEAN, 1);
+  QXwFieldBinding isNode{Field("isNode"), &yes};
   QXwFieldBindList nodes{1, &isNode};
   struct Case {
     const char* what;
@@ -146,49 +87,38 @@ TEST_F(SurprisesTest, APermutedListKeepsItsOrderAsItGainsAndLosesItems) {
 // What each list function answers when it has nothing to list, in each of
 // the lists settings usual, empty and null: "L" an empty list, "N" none.
 TEST_F(SurprisesTest, NothingComesAsAnEmptyListOrNoneWhereThePlatformMayChooseEither) {
-  const QXwFieldId serial = QXwDbFieldNameToFieldId("Serial Number");
+  QXwObjectIdList none{0, nullptr};
+  QXwFieldValue nothing = skifftest::Value(QXW_FIELD_STRING, 0, "nothing");
+  QXwFieldBinding serial{Field("Serial Number"), &nothing};
   struct Case {
     const char* call;
-    std::function<int()> count;  // the list's count, or -1 for none
-    const char* answers;         // in usual, empty and null
+    std::function<Ids()> list;
+    const char* answers;  // in usual, empty and null
   } cases[] = {
-      {"symbols of an empty submap", [&] { return Count(QXwListSymbols(map(), 5, 7, nullptr)); },
+      {"symbols of an empty submap", [&] { return Of(QXwListSymbols(map(), 5, 7, nullptr)); },
        "LLN"},
-      {"symbols of no submap", [&] { return Count(QXwListSymbols(map(), 99, 7, nullptr)); }, "NLN"},
-      {"symbols of an object without", [&] { return Count(QXwGetSymbolsByObject(map(), 51)); },
-       "LLN"},
-      {"symbols of no object", [&] { return Count(QXwGetSymbolsByObject(map(), 999)); }, "NLN"},
-      {"values of an object without", [] { return Count(QXwDbGetFieldValues(70)); }, "LLN"},
-      {"capabilities of one without", [] { return Count(QXwDbGetCapabilityFieldValues(50)); },
-       "LLN"},
-      {"values of no object", [] { return Count(QXwDbGetFieldValues(999)); }, "NLN"},
+      {"symbols of no submap", [&] { return Of(QXwListSymbols(map(), 99, 7, nullptr)); }, "NLN"},
+      {"symbols of an object without", [&] { return Of(QXwGetSymbolsByObject(map(), 51)); }, "LLN"},
+      {"symbols of no object", [&] { return Of(QXwGetSymbolsByObject(map(), 999)); }, "NLN"},
+      {"values of an object without", [] { return Of(QXwDbGetFieldValues(70)); }, "LLN"},
+      {"capabilities of one without", [] { return Of(QXwDbGetCapabilityFieldValues(50)); }, "LLN"},
+      {"values of no object", [] { return Of(QXwDbGetFieldValues(999)); }, "NLN"},
       {"values of no objects",
-       [&] {
-         QXwObjectIdList none{0, nullptr};
-         return Count(QXwDbGetFieldValuesByObjects(&none, serial));
-       },
-       "LLN"},
-      {"a query that matches nothing",
-       [&] {
-         QXwFieldValue value{};
-         value.field_type = QXW_FIELD_STRING;
-         value.un.string_val = const_cast<char*>("nothing");
-         QXwFieldBinding binding{serial, &value};
-         return Count(QXwDbListObjectsByFieldValue(&binding));
-       },
+       [&] { return Of(QXwDbGetFieldValuesByObjects(&none, serial.field_id)); }, "LLN"},
+      {"a query that matches nothing", [&] { return Of(QXwDbListObjectsByFieldValue(&serial)); },
        "NLN"},
       {"a collection that matches nothing",
-       [] { return Count(skCollectionEvaluate(R"(("Serial Number" = "nothing"))")); }, "NNN"},
+       [] { return Of(skCollectionEvaluate(R"(("Serial Number" = "nothing"))")); }, "NNN"},
   };
   ASSERT_EQ(skCollectionOpen(), 1);
   const char* settings[] = {"usual", "empty", "null"};
   for (int i = 0; i < 3; ++i) {
     ControlOk(std::string("lists ") + settings[i]);
     for (const Case& c : cases) {
-      const int count = c.count();
-      EXPECT_EQ(count < 0    ? 'N'
-                : count == 0 ? 'L'
-                             : '?',
+      const Ids ids = c.list();
+      EXPECT_EQ(ids == Ids{0} ? 'N'
+                : ids.empty() ? 'L'
+                              : '?',
                 c.answers[i])
           << settings[i] << ": " << c.call;
     }
