@@ -136,19 +136,6 @@ TEST_F(EventsTest, PlatformChangesReportOnlyTheSymbolsThatChanged) {
   EXPECT_EQ(dumped[3]["acknowledged"], true);
   EXPECT_EQ(dumped[2]["managed"], true);
 
-  // One unknown item refuses the whole list.
-  QXwSymbolId bad[] = {105, 999};
-  QXwSymbolIdList badList{2, bad};
-  EXPECT_NE(QXwSetSymbolsVisibility(map(), &badList, 1), 0);
-  EXPECT_STREQ(QXwErrorMsg(QXwError()), "no such symbol: 999");
-  QXwSymbolList* mine = QXwGetSymbolsByObject(map(), 40);
-  EXPECT_EQ(mine->symbols[1].hidden, 0);
-  QXwFreeSymbolList(mine);
-  QXwObjectId missing[] = {999};
-  QXwObjectIdList badObjects{1, missing};
-  EXPECT_NE(_QXwUnmanageObjects(map(), &badObjects), 0);
-  EXPECT_STREQ(QXwErrorMsg(QXwError()), "no such object: 999");
-
   // Deleting 104 takes the connection to it; 103, placed after it, then
   // follows nothing.
   ASSERT_EQ(QXwDeleteSymbols(map(), &first), 0);
