@@ -151,52 +151,25 @@ TEST_F(EventsTest, PlatformChangesReportOnlyTheSymbolsThatChanged) {
   QXwFreeObjectInfo(host);
 }
 
-TEST_F(EventsTest, InjectedFailuresFailTheWayTheFunctionDoesAndAreCounted) {
-  skifftest::ResetCalls();
-  ControlOk("fail QXwGetSubmapInfo 6 2");
-  for (int i = 0; i < 2; ++i) {
-    EXPECT_EQ(QXwGetSubmapInfo(map(), 3), nullptr);
-    EXPECT_EQ(QXwError(), 6);
-    EXPECT_STREQ(QXwErrorMsg(6), "no such submap");
-  }
-  QXwSubmapInfo* third = QXwGetSubmapInfo(map(), 3);
-  EXPECT_NE(third, nullptr);
-  QXwFreeSubmapInfo(third);
-  EXPECT_EQ(skifftest::Calls("QXwGetSubmapInfo"), 3u);
-  EXPECT_EQ(skifftest::Calls("QXwFreeSubmapInfo"), 1u);
-  EXPECT_EQ(skifftest::Calls("QXwListSymbols"), 0u);
-
-  ControlOk("fail QXwSetSymbolsVisibility");
-  QXwSymbolId ids[] = {103};
-  QXwSymbolIdList list{1, ids};
-  for (int i = 0; i < 3; ++i) EXPECT_EQ(QXwSetSymbolsVisibility(map(), &list, 1), -1);
-  EXPECT_STREQ(QXwErrorMsg(QXwError()), "the operation failed");
-  ControlOk("fail QXwSetSymbolsVisibility off");
-  EXPECT_EQ(QXwSetSymbolsVisibility(map(), &list, 1), 0);
-
-  ControlOk("fail QXwAddInput 1 1");
-  EXPECT_EQ(QXwAddInput(
-                0, QXW_INPUT_READABLE, [](int, void*) {}, nullptr),
-            0u);
-
-  EXPECT_EQ(Control("fail QXwFreeSymbolList")["error"], "QXwFreeSymbolList cannot fail");
-  EXPECT_EQ(Control("fail QXwNothing")["error"], "unknown platform function \"QXwNothing\"");
-}
-
 // Which calls fail, by call number and by id argument: "x" for a call that
-// fails (with the code given, else 1), "." for one that succeeds.
-TEST_F(EventsTest, InjectedFailuresChooseTheirCallsByNumberAndById) {
+// fails (with the code given, else 1), "." for one that succeeds. Calls that
+// fail are counted as well.
+TEST_F(EventsTest, InjectedFailuresChooseTheirCallsFailAsTheFunctionDoesAndAreCounted) {
   struct Case {
     const char* command;
     std::vector<QXwSubmapId> calls;
     const char* failed;
     int code = 1;
   } cases[] = {
+      {"fail QXwGetSubmapInfo 6 2", {3, 3, 3}, "xx.", 6},
+      {"fail QXwGetSubmapInfo", {1, 2, 3}, "xxx"},
       {"fail QXwGetSubmapInfo after 2 times 2", {1, 1, 1, 1, 1, 1}, "..xx.."},
       {"fail QXwGetSubmapInfo after 1", {1, 2, 3}, ".xx"},
       {"fail QXwGetSubmapInfo for 3", {1, 3, 2, 3}, ".x.x"},
       {"fail QXwGetSubmapInfo for 3 after 1 times 1 7", {3, 1, 3, 3}, "..x.", 7},
   };
+  skifftest::ResetCalls();
+  uint64_t calls = 0, succeeded = 0;
   for (const Case& c : cases) {
     ControlOk(c.command);
     std::string failed;
@@ -205,22 +178,36 @@ TEST_F(EventsTest, InjectedFailuresChooseTheirCallsByNumberAndById) {
       failed += info == nullptr ? "x" : ".";
       if (info == nullptr) {
         EXPECT_EQ(QXwError(), c.code) << c.command;
+      } else {
+        QXwFreeSubmapInfo(info);
+        ++succeeded;
       }
-      QXwFreeSubmapInfo(info);
     }
+    calls += c.calls.size();
     EXPECT_EQ(failed, c.failed) << c.command;
     ControlOk("fail QXwGetSubmapInfo off");
   }
+  EXPECT_EQ(skifftest::Calls("QXwGetSubmapInfo"), calls);
+  EXPECT_EQ(skifftest::Calls("QXwFreeSubmapInfo"), succeeded);
+  EXPECT_EQ(skifftest::Calls("QXwListSymbols"), 0u);
+  EXPECT_STREQ(QXwErrorMsg(6), "no such submap");
+
   // An id in a list argument, or a field id in a binding, counts too.
   ControlOk("fail QXwSetSymbolsVisibility for 104");
   QXwSymbolId ids[] = {103, 104};
   QXwSymbolIdList first{1, ids}, both{2, ids};
   EXPECT_EQ(QXwSetSymbolsVisibility(map(), &first, 1), 0);
   EXPECT_EQ(QXwSetSymbolsVisibility(map(), &both, 1), -1);
+  EXPECT_STREQ(QXwErrorMsg(QXwError()), "the operation failed");
+  ControlOk("fail QXwSetSymbolsVisibility off");
+  EXPECT_EQ(QXwSetSymbolsVisibility(map(), &both, 1), 0);
   QXwFieldValue yes = skifftest::Value(QXW_FIELD_BOOLEAN, 1);
   QXwFieldBinding isNode{Field("isNode"), &yes};
   ControlOk("fail QXwDbListObjectsByFieldValue for " + std::to_string(isNode.field_id));
   EXPECT_EQ(QXwDbListObjectsByFieldValue(&isNode), nullptr);
+  ControlOk("fail QXwAddInput 1 1");
+  QXwInputProc ignore = [](int, void*) {};
+  EXPECT_EQ(QXwAddInput(0, QXW_INPUT_READABLE, ignore, nullptr), 0u);
 }
 
 TEST_F(EventsTest, RefusedCommandsChangeNothing) {
@@ -256,6 +243,8 @@ TEST_F(EventsTest, RefusedCommandsChangeNothing) {
       {"fail QXwInit for 3", "QXwInit has no id argument"},
       {"fail QXwGetSubmapInfo times 2 1 3", "the count is given twice"},
       {"fail QXwGetSubmapInfo after 1 after 2", "\"after\" is given twice"},
+      {"fail QXwFreeSymbolList", "QXwFreeSymbolList cannot fail"},
+      {"fail QXwNothing", "unknown platform function \"QXwNothing\""},
       {"hide \"103", "unterminated quoted word"},
   };
   std::string before = qxwemu::Control("dump");
