@@ -15,17 +15,17 @@
 
 namespace {
 
-TEST(CommonTest, StrtokFieldsArePositionalAndStrdupCopies) {
+// The fuzz target checks the split on any input; these are its behaviours
+// one by one: an empty field between two separators or after the last, a
+// blank that is not a separator, an empty text.
+TEST(CommonTest, StrtokFieldsArePositionalAndStrdupCopiesNone) {
   struct Case {
     std::string text;
     std::vector<std::string> fields;
   } cases[] = {
-      {"a\vb\vc", {"a", "b", "c"}},
-      {"name\v\v0\v1", {"name", "", "0", "1"}},  // an empty field between two tabs
-      {"a\v", {"a", ""}},
+      {"name\v\vpat tern\v", {"name", "", "pat tern", ""}},
       {"\v", {"", ""}},
       {"", {""}},
-      {"1\v2\vpat tern\v", {"1", "2", "pat tern", ""}},
   };
   for (Case& c : cases) {
     std::vector<std::string> fields;
@@ -35,10 +35,7 @@ TEST(CommonTest, StrtokFieldsArePositionalAndStrdupCopies) {
     EXPECT_EQ(_QXstrtok(nullptr, "\v", 0), nullptr);
     EXPECT_EQ(fields, c.fields) << c.text;
   }
-  char* copy = _QXstrdup("IP Internet");
-  EXPECT_STREQ(copy, "IP Internet");
-  std::free(copy);
-  EXPECT_EQ(_QXstrdup(nullptr), nullptr);
+  EXPECT_EQ(_QXstrdup(nullptr), nullptr);  // a copy of text: every Java test makes some
 }
 
 TEST(CommonTest, HashSpreadsNetworkNodeKeysOverBuckets) {
@@ -92,37 +89,22 @@ TEST(HashTest, KeepsEveryEntryThroughGrowthAndRemoval) {
 }
 
 // A table keyed by text: equal text at another address is the same key only
-// if the table hashes and compares through its virtual functions.
-class TextTable : public _Hash {
- public:
+// if the table hashes and compares through its virtual functions. Finding,
+// removing and growth through them are the keyed tables' tests' to check.
+const char* Text(unsigned long key) { return reinterpret_cast<const char*>(key); }
+struct TextTable : _Hash {
   TextTable() : _Hash(50, 3, 3, 0.333f) {}
-  unsigned int hash(unsigned long key) override {
-    return _QXhash(reinterpret_cast<const char*>(key));
-  }
-  int keyCmp(unsigned long tabKey, unsigned long searchKey) override {
-    return std::strcmp(reinterpret_cast<const char*>(tabKey),
-                       reinterpret_cast<const char*>(searchKey));
-  }
+  unsigned int hash(unsigned long key) override { return _QXhash(Text(key)); }
+  int keyCmp(unsigned long a, unsigned long b) override { return std::strcmp(Text(a), Text(b)); }
 };
 
-unsigned long Word(const std::string& s) { return reinterpret_cast<unsigned long>(s.c_str()); }
-
-TEST(HashTest, OverridesDecideEqualityAndPlacementThroughGrowth) {
+TEST(HashTest, InsertingEqualTextAtAnotherAddressReplacesTheEntry) {
   TextTable table;
-  std::vector<std::string> keys;
-  for (int i = 0; i < 200; ++i) keys.push_back("key-" + std::to_string(i));
-  for (size_t i = 0; i < keys.size(); ++i) table.insert(Word(keys[i]), i);
-  // Equal text at another address is the same key.
-  for (size_t i = 0; i < keys.size(); ++i) {
-    std::string copy = keys[i];
-    ASSERT_NE(table.find(Word(copy)), nullptr) << copy;
-    EXPECT_EQ(table.find(Word(copy))->data(), i);
-  }
-  std::string again = "key-5", gone = "key-6";
-  table.insert(Word(again), 999);
-  EXPECT_EQ(table.size(), 200);
-  EXPECT_EQ(table.remove(Word(gone)), 1);
-  EXPECT_FALSE(table.isIn(Word(gone)));
+  std::string key = "key-5", copy = key;
+  table.insert(reinterpret_cast<unsigned long>(key.c_str()), 5);
+  table.insert(reinterpret_cast<unsigned long>(copy.c_str()), 999);
+  EXPECT_EQ(table.size(), 1);
+  EXPECT_EQ(table.find(reinterpret_cast<unsigned long>(key.c_str()))->data(), 999u);
 }
 
 }  // namespace
