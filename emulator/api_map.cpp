@@ -168,8 +168,7 @@ int QXwDeleteSymbols(QXwMapInfo* mapArg, QXwSymbolIdList* ids) {
   const bool whole = ResolveSymbols(*map, ids, &symbols);
   std::vector<QXwSymbolId> named;
   for (const Symbol* s : symbols) named.push_back(s->id);
-  QueueSymbolEvent(QXW_EVENT_SYMBOLS_DELETED, *map, map->SymbolsToRemove(named));
-  map->RemoveSymbols(named);
+  DeleteSymbols(*map, named);
   return whole ? 0 : -1;
 }
 

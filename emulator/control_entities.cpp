@@ -11,36 +11,6 @@
 
 namespace qxwemu {
 
-namespace {
-
-// Reports a removal as the platform reports a deletion, then applies it. The
-// events come in the order in which the items depend on each other: the
-// symbols deleted (14), then the submaps deleted (16), then the objects
-// deleted (15), so that no handler hears of a submap or an object gone
-// before it has heard of the symbols on it or of it, nor of a parent object
-// gone before its child submap. Each event carries all its items and is
-// queued only when there are any; its records are built before anything
-// goes, so they show the items as they were (an object with its child
-// submap, a submap with its parent object).
-void QueueAndRemove(Map& map, const Map::Removal& removal) {
-  if (!removal.symbols.empty()) QueueSymbols(QXW_EVENT_SYMBOLS_DELETED, map, removal.symbols);
-  if (!removal.submaps.empty()) {
-    Event e;
-    e.code = QXW_EVENT_SUBMAPS_DELETED;
-    e.submaps = BuildSubmapList(removal.submaps);
-    Queue(e);
-  }
-  if (!removal.objects.empty()) {
-    Event e;
-    e.code = QXW_EVENT_OBJECTS_DELETED;
-    e.objects = BuildObjectList(map, removal.objects);
-    Queue(e);
-  }
-  map.Remove(removal);
-}
-
-}  // namespace
-
 // create-submap JSON: one submap in map file form; the id is the next free
 // one unless given.
 Json CmdCreateSubmap(const Words&, std::string_view line) {
@@ -73,12 +43,13 @@ Json CmdCreateSubmap(const Words&, std::string_view line) {
 
 // delete-submaps ID...: the submaps go with every symbol on them and the
 // connections attached to those; their parent objects stay, without a
-// child submap.
+// child submap. Where deletions cascade, more may follow (CascadeRemoval).
 Json CmdDeleteSubmaps(const Words& w, std::string_view) {
   Map& map = TheMap();
   std::vector<uint32_t> ids = ParseIds(w, 1);
   for (uint32_t id : ids) SubmapOf(map, id);
-  QueueAndRemove(map, map.SubmapsRemoval(ids));
+  QueueAndRemove(
+      map, CurrentSurprises().cascade ? map.CascadeRemoval({}, ids, {}) : map.SubmapsRemoval(ids));
   return Ok();
 }
 
@@ -158,12 +129,14 @@ Json CmdCreateObject(const Words&, std::string_view line) {
 
 // delete-objects ID...: the objects go with their symbols and their child
 // submaps, which take every symbol on them (the objects of those symbols
-// stay), and with the connections attached to any symbol that goes.
+// stay), and with the connections attached to any symbol that goes. Where
+// deletions cascade, more may follow (CascadeRemoval).
 Json CmdDeleteObjects(const Words& w, std::string_view) {
   Map& map = TheMap();
   std::vector<uint32_t> ids = ParseIds(w, 1);
   for (uint32_t id : ids) ObjectOf(map, id);
-  QueueAndRemove(map, map.ObjectsRemoval(ids));
+  QueueAndRemove(
+      map, CurrentSurprises().cascade ? map.CascadeRemoval({}, {}, ids) : map.ObjectsRemoval(ids));
   return Ok();
 }
 

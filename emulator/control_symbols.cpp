@@ -78,13 +78,12 @@ Json CmdCreateSymbol(const Words&, std::string_view line) {
 }
 
 // delete-symbols ID...: the symbols go with the connections attached to
-// them.
+// them; where deletions cascade, more may follow (CascadeRemoval).
 Json CmdDeleteSymbols(const Words& w, std::string_view) {
   Map& map = TheMap();
   std::vector<uint32_t> ids = ParseIds(w, 1);
   SymbolsOf(map, ids);  // all must exist
-  QueueSymbols(QXW_EVENT_SYMBOLS_DELETED, map, map.SymbolsToRemove(ids));
-  map.RemoveSymbols(ids);
+  DeleteSymbols(map, ids);
   return Ok();
 }
 

@@ -4,6 +4,7 @@
 
 #include "emulator/arena.h"
 #include "emulator/control.h"
+#include "emulator/records.h"
 
 namespace qxwemu {
 
@@ -172,6 +173,38 @@ void Queue(Event event) {
     char byte = 1;
     [[maybe_unused]] ssize_t n = write(emu.wakeWrite, &byte, 1);
   }
+}
+
+void QueueAndRemove(Map& map, const Map::Removal& removal) {
+  if (!removal.symbols.empty()) {
+    Event e;
+    e.code = QXW_EVENT_SYMBOLS_DELETED;
+    e.symbols = BuildSymbolList(map, removal.symbols);
+    Queue(e);
+  }
+  if (!removal.submaps.empty()) {
+    Event e;
+    e.code = QXW_EVENT_SUBMAPS_DELETED;
+    e.submaps = BuildSubmapList(removal.submaps);
+    Queue(e);
+  }
+  if (!removal.objects.empty()) {
+    Event e;
+    e.code = QXW_EVENT_OBJECTS_DELETED;
+    e.objects = BuildObjectList(map, removal.objects);
+    Queue(e);
+  }
+  map.Remove(removal);
+}
+
+void DeleteSymbols(Map& map, const std::vector<QXwSymbolId>& ids) {
+  Map::Removal removal;
+  if (Emu().session.surprises.cascade) {
+    removal = map.CascadeRemoval(ids, {}, {});
+  } else {
+    removal.symbols = map.SymbolsToRemove(ids);
+  }
+  QueueAndRemove(map, removal);
 }
 
 void CloseSession() {

@@ -242,6 +242,17 @@ Object* ObjectOrError(Map& map, QXwObjectId id);
 Submap* SubmapOrError(Map& map, QXwSubmapId id);
 Symbol* SymbolOrError(Map& map, QXwSymbolId id);
 void Queue(Event event);
+// Reports a removal as the platform reports a deletion, then applies it: one
+// symbols-deleted event (14), then one submaps-deleted event (16), then one
+// objects-deleted event (15), each with all its items as they were and only
+// when it has any. So no handler hears of a submap or an object gone before
+// it has heard of the symbols on it or of it, nor of a parent object gone
+// before its child submap.
+void QueueAndRemove(Map& map, const Map::Removal& removal);
+// Deletes the symbols `ids` (those that exist) with what goes with them, and
+// reports it: the connections attached to them, and where deletions cascade
+// whatever follows (Map::CascadeRemoval).
+void DeleteSymbols(Map& map, const std::vector<QXwSymbolId>& ids);
 // Ends the session: releases the map, queued events and registrations,
 // closes the control channel and answers commands still waiting.
 void CloseSession();

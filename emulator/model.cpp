@@ -244,11 +244,6 @@ std::vector<const Symbol*> Map::SymbolsToRemove(const std::vector<QXwSymbolId>& 
   return out;
 }
 
-void Map::RemoveSymbols(const std::vector<QXwSymbolId>& ids) {
-  std::vector<const Symbol*> doomed = SymbolsToRemove(ids);
-  UnlinkSymbols(std::unordered_set<const Symbol*>(doomed.begin(), doomed.end()));
-}
-
 void Map::CollectSubmaps(const std::vector<QXwSubmapId>& ids, Removal* removal,
                          std::vector<QXwSymbolId>* symbolIds) {
   std::unordered_set<const Submap*> seen(removal->submaps.begin(), removal->submaps.end());
@@ -282,6 +277,48 @@ Map::Removal Map::ObjectsRemoval(const std::vector<QXwObjectId>& ids) {
   }
   CollectSubmaps(children, &removal, &symbolIds);
   removal.symbols = SymbolsToRemove(symbolIds);
+  return removal;
+}
+
+Map::Removal Map::CascadeRemoval(const std::vector<QXwSymbolId>& symbols,
+                                 const std::vector<QXwSubmapId>& submaps,
+                                 const std::vector<QXwObjectId>& objects) {
+  Removal removal;
+  std::unordered_set<const Symbol*> deadSymbols;
+  std::unordered_set<const Submap*> deadSubmaps;
+  std::unordered_set<const Object*> deadObjects;
+  std::unordered_map<const Object*, size_t> symbolsGone;
+  std::vector<QXwSymbolId> symbolQueue(symbols);
+  std::vector<QXwSubmapId> submapQueue(submaps);
+  std::vector<QXwObjectId> objectQueue(objects);
+  while (!symbolQueue.empty() || !submapQueue.empty() || !objectQueue.empty()) {
+    for (size_t i = 0; i < objectQueue.size(); ++i) {
+      const Object* o = FindObject(objectQueue[i]);
+      if (o == nullptr || !deadObjects.insert(o).second) continue;
+      removal.objects.push_back(o);
+      for (const Symbol* s : o->symbols) symbolQueue.push_back(s->id);
+      if (o->childSubmap != 0) submapQueue.push_back(o->childSubmap);
+    }
+    objectQueue.clear();
+    for (size_t i = 0; i < submapQueue.size(); ++i) {
+      const Submap* m = FindSubmap(submapQueue[i]);
+      if (m == nullptr || !deadSubmaps.insert(m).second) continue;
+      removal.submaps.push_back(m);
+      for (const Symbol* s : m->symbols) symbolQueue.push_back(s->id);
+    }
+    submapQueue.clear();
+    for (size_t i = 0; i < symbolQueue.size(); ++i) {
+      const Symbol* s = FindSymbol(symbolQueue[i]);
+      if (s == nullptr || !deadSymbols.insert(s).second) continue;
+      removal.symbols.push_back(s);
+      if (auto attached = attached_.find(s->id); attached != attached_.end()) {
+        for (QXwSymbolId c : attached->second) symbolQueue.push_back(c);
+      }
+      const Object* o = FindObject(s->object);
+      if (o != nullptr && ++symbolsGone[o] == o->symbols.size()) objectQueue.push_back(o->id);
+    }
+    symbolQueue.clear();
+  }
   return removal;
 }
 

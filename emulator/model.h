@@ -155,8 +155,6 @@ class Map {
   // The symbols that removing `ids` removes: the named ones that exist, in
   // order and once each, then the connections attached to any of them.
   std::vector<const Symbol*> SymbolsToRemove(const std::vector<QXwSymbolId>& ids);
-  // Removes the symbols that SymbolsToRemove names.
-  void RemoveSymbols(const std::vector<QXwSymbolId>& ids);
 
   // Everything one removal takes, each kind in order and once each.
   struct Removal {
@@ -172,8 +170,19 @@ class Map {
   // to any of them. The objects of the symbols on a child submap stay. Ids
   // that do not exist are ignored.
   Removal ObjectsRemoval(const std::vector<QXwObjectId>& ids);
-  // Applies a removal made by SubmapsRemoval or ObjectsRemoval with no change
-  // to the map since; its pointers are invalid afterwards. A surviving parent
+  // Everything a deletion takes where deletions cascade, as on a real
+  // platform: the named symbols, submaps and objects; the connections
+  // attached to every symbol that goes; the symbols of every object that goes
+  // and on every submap that goes; the child submap of every object that
+  // goes; and every object whose last symbol goes; until nothing more
+  // follows. Each kind comes in the order the deletion reaches it. Ids that
+  // do not exist are ignored.
+  Removal CascadeRemoval(const std::vector<QXwSymbolId>& symbols,
+                         const std::vector<QXwSubmapId>& submaps,
+                         const std::vector<QXwObjectId>& objects);
+  // Applies a removal (symbols from SymbolsToRemove, or one made by
+  // SubmapsRemoval, ObjectsRemoval or CascadeRemoval) with no change to the
+  // map since; its pointers are invalid afterwards. A surviving parent
   // object's childSubmap becomes 0, and so does rootSubmap when its submap
   // goes.
   void Remove(const Removal& removal);

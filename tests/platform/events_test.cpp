@@ -245,6 +245,9 @@ TEST_F(EventsTest, RefusedCommandsChangeNothing) {
       {"fail QXwGetSubmapInfo after 1 after 2", "\"after\" is given twice"},
       {"fail QXwFreeSymbolList", "QXwFreeSymbolList cannot fail"},
       {"fail QXwNothing", "unknown platform function \"QXwNothing\""},
+      {"list-order permuted x", "the seed must be an integer, not \"x\""},
+      {"lists empty odd", "\"odd\" is none of usual, empty, null, whole, partial"},
+      {"order submap 99", "submap 99 does not exist"},
       {"hide \"103", "unterminated quoted word"},
   };
   std::string before = qxwemu::Control("dump");

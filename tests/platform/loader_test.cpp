@@ -188,7 +188,7 @@ TEST(ModelTest, RemovingSymbolsOnAPredecessorLoopEnds) {
     for (auto [id, pred] : {std::pair{1u, 2u}, {2u, 3u}, {3u, 2u}, {4u, 1u}}) {
       map->FindSymbol(id)->pred = pred;
     }
-    map->RemoveSymbols(c.removed);
+    map->Remove({map->SymbolsToRemove(c.removed), {}, {}});
     std::map<QXwSymbolId, QXwSymbolId> predAfter;
     for (const qxwemu::Symbol* s : map->SymbolsInOrder()) predAfter[s->id] = s->pred;
     EXPECT_EQ(predAfter, c.predAfter) << "removing " << c.removed.size() << " symbols";

@@ -166,4 +166,116 @@ TEST_F(SurprisesTest, APartialIdListAppliesToTheIdsThatExist) {
   }
 }
 
+std::vector<std::string> g_deleted;  // one line per deletion event: "code [ids]"
+
+template <class List, class Item>
+void Record(int code, const List* list, const Item* items, uint32_t Item::*id) {
+  std::string line = std::to_string(code) + " [";
+  for (int i = 0; i < list->count; ++i) line += (i ? " " : "") + std::to_string(items[i].*id);
+  g_deleted.push_back(line + "]");
+}
+void OnSymbols(void*, int code, QXwMapInfo*, QXwSymbolList* l) {
+  Record(code, l, l->symbols, &QXwSymbolInfo::symbol_id);
+}
+void OnSubmaps(void*, int code, QXwMapInfo*, QXwSubmapList* l) {
+  Record(code, l, l->submaps, &QXwSubmapInfo::submap_id);
+}
+void OnObjects(void*, int code, QXwMapInfo*, QXwObjectList* l) {
+  Record(code, l, l->objects, &QXwObjectInfo::object_id);
+}
+
+// With cascading on, a deletion takes what a real platform's would: an
+// object whose last symbol goes, with its child submap and what is on that.
+TEST_F(SurprisesTest, CascadingDeletionsTakeObjectsThatLoseTheirLastSymbol) {
+  QXwAddCallback(QXW_EVENT_SYMBOLS_DELETED, nullptr, reinterpret_cast<QXwCallbackProc>(OnSymbols),
+                 nullptr);
+  QXwAddCallback(QXW_EVENT_SUBMAPS_DELETED, nullptr, reinterpret_cast<QXwCallbackProc>(OnSubmaps),
+                 nullptr);
+  QXwAddCallback(QXW_EVENT_OBJECTS_DELETED, nullptr, reinterpret_cast<QXwCallbackProc>(OnObjects),
+                 nullptr);
+  struct Case {
+    const char* command;
+    std::vector<std::string> events;
+  } cases[] = {
+      // 104 takes connection 107, the only symbol of 60; 40 keeps 105.
+      {"delete-symbols 104", {"14 [104 107]", "15 [60]"}},
+      // 40 goes with its child submap 4, whose symbols were all of 41 and 42.
+      {"delete-symbols 104 105", {"14 [104 105 107 109 110]", "16 [4]", "15 [40 60 41 42]"}},
+      {"platform 104 105", {"14 [104 105 107 109 110]", "16 [4]", "15 [40 60 41 42]"}},
+      {"delete-objects 40", {"14 [104 105 109 110 107]", "16 [4]", "15 [40 41 42 60]"}},
+      // 20's only symbol is on submap 2: everything below it goes; 10 stays.
+      {"delete-submaps 2",
+       {"14 [101 102 103 104 105 106 107 108 109 110]", "16 [2 3 4]",
+        "15 [20 30 40 31 60 50 41 42]"}},
+      {"cascade off", {}},
+      {"delete-symbols 104 105", {"14 [104 105 107]"}},
+  };
+  const std::string path = skifftest::WriteTempFile(skifftest::TestMap("platform.json"));
+  ControlOk("cascade on");
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.command);
+    ControlOk("open-map " + path);
+    skifftest::DeliverPending();
+    g_deleted.clear();
+    if (std::string(c.command) == "platform 104 105") {
+      QXwSymbolId ids[] = {104, 105};
+      QXwSymbolIdList list{2, ids};
+      ASSERT_EQ(QXwDeleteSymbols(map(), &list), 0);
+    } else {
+      ControlOk(c.command);
+    }
+    skifftest::DeliverPending();
+    EXPECT_EQ(g_deleted, c.events);
+  }
+  std::remove(path.c_str());
+}
+
+// The environment sets each behaviour when a session opens, and a value
+// that means nothing fails QXwInit naming it.
+TEST(SurprisesFromEnvironmentTest, SetAtInitOrRefused) {
+  auto noEffect = [](QXwMapInfo*) {};
+  struct Case {
+    const char* variable;
+    const char* value;
+    const char* error;  // null: accepted, and then `check` shows the effect
+    std::function<void(QXwMapInfo*)> check;
+  } cases[] = {
+      {"QXW_LIST_ORDER", "permuted:3", nullptr,
+       [](QXwMapInfo*) {
+         EXPECT_NE(Served("submap 3"), (Ids{103, 104, 105, 106, 107, 108}));
+       }},
+      {"QXW_CASCADE", "1", nullptr,
+       [](QXwMapInfo*) {
+         ControlOk("delete-symbols 110");  // the last symbol of object 42
+         EXPECT_EQ(ControlOk("dump")["map"]["objects"].size(), 11u);
+       }},
+      {"QXW_LISTS", "null,partial", nullptr,
+       [](QXwMapInfo* map) {
+         EXPECT_EQ(QXwListSymbols(map, 5, QXW_PLANE_ALL, nullptr), nullptr);
+         QXwSymbolId ids[] = {103, 999};
+         QXwSymbolIdList list{2, ids};
+         EXPECT_EQ(QXwSetSymbolsVisibility(map, &list, 1), -1);
+         EXPECT_EQ(skifftest::DeliverPending(), 1);
+       }},
+      {"QXW_LIST_ORDER", "permuted",
+       "QXW_LIST_ORDER=permuted: the list order is creation or permuted SEED", noEffect},
+      {"QXW_CASCADE", "yes", "QXW_CASCADE=yes: cascading is on or off, not \"yes\"", noEffect},
+      {"QXW_LISTS", "empty,null",
+       "QXW_LISTS=empty,null: \"null\" contradicts or repeats an earlier word", noEffect},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::string(c.variable) + "=" + c.value);
+    setenv(c.variable, c.value, 1);
+    skifftest::PlatformSession session(skifftest::TestMap("platform.json"));
+    unsetenv(c.variable);
+    if (c.error != nullptr) {
+      EXPECT_FALSE(session.ok());
+      EXPECT_EQ(session.error(), c.error);
+    } else {
+      ASSERT_TRUE(session.ok()) << session.error();
+      c.check(session.map());
+    }
+  }
+}
+
 }  // namespace
