@@ -9,6 +9,10 @@ import java.net.UnixDomainSocketAddress;
 import java.nio.channels.Channels;
 import java.nio.channels.SocketChannel;
 import java.nio.charset.StandardCharsets;
+import java.util.ArrayList;
+import java.util.Arrays;
+import java.util.List;
+import java.util.Map;
 import java.util.regex.Matcher;
 import java.util.regex.Pattern;
 
@@ -39,6 +43,32 @@ final class EmulatorControl implements AutoCloseable {
         String reply = command(line);
         assertTrue(reply != null && reply.contains("\"ok\":true"), line + " -> " + reply);
         return reply;
+    }
+
+    /**
+     * The ids of a list in the order the platform serves it now: "submap ID" (its symbols),
+     * "object ID" (its symbols), "fields ID" (the fields set on an object), "objects" (every
+     * object, as a query serves them) or "fields" (the database's fields).
+     */
+    List<Integer> order(String list) throws IOException {
+        String reply = ok("order " + list);
+        String ids = reply.substring(reply.indexOf('[') + 1, reply.indexOf(']'));
+        return ids.isEmpty() ? List.of()
+                : Arrays.stream(ids.split(",")).map(id -> (int) Long.parseLong(id)).toList();
+    }
+
+    /** Whether the platform serves the object's field `field` after its field `other`. */
+    boolean servesAfter(int objectId, String field, String other) throws IOException {
+        Map<String, Long> ids = MapDump.of(this).fieldIds;
+        List<Integer> order = order("fields " + objectId);
+        return order.indexOf(ids.get(field).intValue()) > order.indexOf(ids.get(other).intValue());
+    }
+
+    /** The blocks of the ids in `order`, one after the other; an id without a block adds none. */
+    static <T> List<T> inOrder(List<Integer> order, Map<Integer, List<T>> blocks) {
+        List<T> out = new ArrayList<>();
+        for (int id : order) out.addAll(blocks.getOrDefault(id, List.of()));
+        return out;
     }
 
     /** Calls of a platform function since the counters were last reset. */

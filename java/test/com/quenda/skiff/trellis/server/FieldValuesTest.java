@@ -11,6 +11,8 @@ import org.junit.jupiter.api.Test;
  * fields rendered as text, the interface list as one line per interface.
  */
 class FieldValuesTest extends OneSessionTest {
+    private static final String LIST = "TopM Interface List";
+
     @Test
     void toolTipFieldsRenderAsTextOthersNever() throws Exception {
         record Case(String failure, int objectId, Map<String, String> values) {}
@@ -25,14 +27,16 @@ class FieldValuesTest extends OneSessionTest {
                 new Case(null, 10, Map.of("Selection Name", "host-a", "SNMP sysContact", "-7",
                         "isSNMPSupported", "TRUE", "isSNMPProxied", "FALSE", "vendor", "Globex",
                         "SNMP sysLocation", "Campus")),
-                // The interface list comes after the scalar "IP Address" and replaces it.
+                // Of the interface list and the scalar "IP Address", the later in the
+                // platform's order wins (in creation order, the list for 11, the scalar for 12).
                 new Case(null, 11, Map.of("Selection Name", "host-b",
-                        "IP Address", "10.1.2.3\n10.1.9.9",
+                        "IP Address", control.servesAfter(11, LIST, "IP Address")
+                                ? "10.1.2.3\n10.1.9.9" : "10.9.9.9",
                         "IP Subnet Mask", "255.255.255.0\n255.255.0.0",
                         "SNMP ifPhysAddr", "08:00:2b:01:02:03\n08:00:2b:0a:0b:0c")),
-                // Here the scalar comes later and wins.
-                new Case(null, 12, Map.of("IP Address", "10.7.7.7", "IP Subnet Mask",
-                        "255.255.255.0", "SNMP ifPhysAddr", "08:00:2b:01:02:03")),
+                new Case(null, 12, Map.of("IP Address", control.servesAfter(12, LIST, "IP Address")
+                                ? "10.1.2.3" : "10.7.7.7",
+                        "IP Subnet Mask", "255.255.255.0", "SNMP ifPhysAddr", "08:00:2b:01:02:03")),
                 // An interface without a token keeps its line, empty; runs of blanks separate.
                 new Case(null, 13, Map.of("IP Address", "10.1.2.3\n10.1.9.9",
                         "IP Subnet Mask", "\n255.255.0.0",

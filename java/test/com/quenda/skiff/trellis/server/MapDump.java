@@ -8,9 +8,10 @@ import java.util.Map;
 
 /**
  * The emulator's {@code dump} of the current map: its objects, submaps and symbols by id, in map
- * order.
+ * order, and the ids of its fields by name.
  */
 final class MapDump {
+    final Map<String, Long> fieldIds = new LinkedHashMap<>();
     final Map<Long, Map<String, Object>> objects = new LinkedHashMap<>();
     final Map<Long, Map<String, Object>> submaps = new LinkedHashMap<>();
     final Map<Long, Map<String, Object>> symbols = new LinkedHashMap<>();
@@ -18,6 +19,10 @@ final class MapDump {
     @SuppressWarnings("unchecked")
     private MapDump(String reply) {
         Map<?, ?> map = (Map<?, ?>) ((Map<?, ?>) new Reader(reply).value()).get("map");
+        for (Object field : (List<?>) map.get("fields")) {
+            fieldIds.put((String) ((Map<?, ?>) field).get("name"),
+                    (Long) ((Map<?, ?>) field).get("id"));
+        }
         for (var kind : List.of(Map.entry("objects", objects), Map.entry("submaps", submaps),
                 Map.entry("symbols", symbols))) {
             for (Object entity : (List<?>) map.get(kind.getKey())) {

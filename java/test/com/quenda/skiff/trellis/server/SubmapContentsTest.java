@@ -3,9 +3,12 @@ package com.quenda.skiff.trellis.server;
 import static org.junit.jupiter.api.Assertions.assertArrayEquals;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 
+import java.util.ArrayList;
 import java.util.Arrays;
+import java.util.HashSet;
 import java.util.List;
 import java.util.Map;
+import java.util.Set;
 import org.junit.jupiter.api.MethodOrderer;
 import org.junit.jupiter.api.Order;
 import org.junit.jupiter.api.Test;
@@ -23,26 +26,34 @@ class SubmapContentsTest extends OneSessionTest {
     void everySymbolIsReportedInPlatformOrderAndFieldValuesOnlyWhenMissing() throws Exception {
         // Hidden symbols, the user plane and the meta-connection are reported like the others;
         // placements 1, 2 and 7 give coordinates, a predecessor and nothing. The router (object
-        // 30) has three symbols: each asks, only the first gets its values built.
-        List<String> first = List.of("addSubmap(1, 2, Campus, 3, true, campus.gif)",
-                "addNodeSymbol(200, 2, host-a, , Computer:Workstation, 2, 3, 10, 4, false, 1, 5,"
-                        + " 6, 0, 0)",
-                "qxwdbObjectFieldValuesInCache(10)", "setQxwdbObjectFieldValues(10)",
-                "addNodeSymbol(201, 2, host-b, , Computer:Workstation, 2, 0, 11, 0, true, 2, 0,"
-                        + " 0, 200, 0)",
-                "qxwdbObjectFieldValuesInCache(11)", "setQxwdbObjectFieldValues(11)",
-                "addConnectionSymbol(202, 2, , Connection:IP, 2, 0, 20, 0, false, 200, 201)",
-                "addNodeSymbol(203, 2, router, , Connector:Router, 2, 0, 30, 0, false, 7, 0, 0,"
-                        + " 0, 0)",
-                "qxwdbObjectFieldValuesInCache(30)", "setQxwdbObjectFieldValues(30)",
-                "addNodeSymbol(204, 2, my router, , Connector:Router, 4, 2, 30, 0, false, 1, 90,"
-                        + " 95, 0, 0)",
-                "qxwdbObjectFieldValuesInCache(30)",
-                "addNodeSymbol(205, 2, router, , Connector:Router, 2, 0, 30, 0, true, 0, 0, 0,"
-                        + " 0, 0)",
-                "qxwdbObjectFieldValuesInCache(30)",
-                "addConnectionSymbol(206, 2, a-router, Connection:Meta, 2, 1, 21, 5, true, 200,"
-                        + " 203)");
+        // 30) has three symbols: each asks, only the first in the platform's order gets its
+        // values built.
+        Map<Integer, String> reports = Map.of(
+                200, "addNodeSymbol(200, 2, host-a, , Computer:Workstation, 2, 3, 10, 4, false, 1,"
+                        + " 5, 6, 0, 0)",
+                201, "addNodeSymbol(201, 2, host-b, , Computer:Workstation, 2, 0, 11, 0, true, 2,"
+                        + " 0, 0, 200, 0)",
+                202, "addConnectionSymbol(202, 2, , Connection:IP, 2, 0, 20, 0, false, 200, 201)",
+                203, "addNodeSymbol(203, 2, router, , Connector:Router, 2, 0, 30, 0, false, 7, 0,"
+                        + " 0, 0, 0)",
+                204, "addNodeSymbol(204, 2, my router, , Connector:Router, 4, 2, 30, 0, false, 1,"
+                        + " 90, 95, 0, 0)",
+                205, "addNodeSymbol(205, 2, router, , Connector:Router, 2, 0, 30, 0, true, 0, 0,"
+                        + " 0, 0, 0)",
+                206, "addConnectionSymbol(206, 2, a-router, Connection:Meta, 2, 1, 21, 5, true,"
+                        + " 200, 203)");
+        Map<Integer, Integer> nodeObjects = Map.of(200, 10, 201, 11, 203, 30, 204, 30, 205, 30);
+        List<Integer> order = control.order("submap 2");
+        List<String> first = new ArrayList<>(
+                List.of("addSubmap(1, 2, Campus, 3, true, campus.gif)"));
+        Set<Integer> built = new HashSet<>();
+        for (int symbolId : order) {
+            first.add(reports.get(symbolId));
+            Integer objectId = nodeObjects.get(symbolId);
+            if (objectId == null) continue;
+            first.add("qxwdbObjectFieldValuesInCache(" + objectId + ")");
+            if (built.add(objectId)) first.add("setQxwdbObjectFieldValues(" + objectId + ")");
+        }
         record Case(int submapId, boolean answer, List<String> report, long builds) {}
         for (Case c : List.of(new Case(2, true, first, 3),
                 // Reported again: every node still asks, and nothing is built.
@@ -60,8 +71,8 @@ class SubmapContentsTest extends OneSessionTest {
         }
         assertEquals(Map.of("Selection Name", "router", "isSNMPSupported", "TRUE"),
                 dispatcher.getObjectFieldValues(30));
-        assertEquals(List.of(200, 201, 202, 203, 204, 205, 206), dispatcher.getSubmap(2)
-                .getSymbols().stream().map(MapSymbol::getSymbolId).toList());
+        assertEquals(order, dispatcher.getSubmap(2).getSymbols().stream()
+                .map(MapSymbol::getSymbolId).toList());
     }
 
     @Test
