@@ -8,8 +8,12 @@ import static com.quenda.skiff.trellis.server.FoundSymbol.MatchType.MATCH_REGEXP
 import static com.quenda.skiff.trellis.server.FoundSymbol.MatchType.MATCH_WILDCARD;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 
+import java.io.IOException;
 import java.util.ArrayList;
+import java.util.Comparator;
+import java.util.HashMap;
 import java.util.List;
+import java.util.Map;
 import org.junit.jupiter.api.Test;
 
 /**
@@ -31,12 +35,32 @@ class SearchTest extends OneSessionTest {
         return s.symbolId() + " " + s.submapName() + " " + s.objectSelectionName();
     }
 
+    /**
+     * Hits, each starting with its symbol id, in the platform's order: the objects as a query
+     * serves them, each object's symbols as the platform lists them.
+     */
+    private static List<String> inPlatformOrder(List<String> hits) throws IOException {
+        MapDump map = MapDump.of(control);
+        List<Integer> objects = control.order("objects");
+        Map<Integer, Integer> rank = new HashMap<>();
+        for (String hit : hits) {
+            int symbolId = Integer.parseInt(hit.substring(0, hit.indexOf(' ')));
+            int objectId = ((Long) map.symbols.get((long) symbolId).get("object")).intValue();
+            rank.put(symbolId, objects.indexOf(objectId) * 10_000
+                    + control.order("object " + objectId).indexOf(symbolId));
+        }
+        return hits.stream().sorted(Comparator.comparing(
+                hit -> rank.get(Integer.parseInt(hit.substring(0, hit.indexOf(' ')))))).toList();
+    }
+
     @Test
-    void findsEverySymbolOfEachMatchingObjectWithinTheScope() {
+    void findsEverySymbolOfEachMatchingObjectWithinTheScope() throws Exception {
         record Case(FoundSymbol.Category category, FoundSymbol.MatchType matchType, String query,
                 List<String> roots, List<String> hits) {}
         List<Case> cases = List.of(
-                // The wildcard's dot keeps its meaning: 10.1.* finds 10.11.5.0 and 10.11.5.7.
+                // Each case's hits as the map file makes them; they are expected in the
+                // platform's order. The wildcard's dot keeps its meaning: 10.1.* finds 10.11.5.0
+                // and 10.11.5.7.
                 new Case(IPADDRESS, MATCH_WILDCARD, "10.1.*", List.of(), List.of(
                         "300 Site A 10.1.0", "304 Site A 10.11.5", "400 Site B 10.11.5",
                         "401 Site B rtr1", "500 Net 10.1.0 rtr1", "402 Site B host-x",
@@ -59,12 +83,14 @@ class SearchTest extends OneSessionTest {
                 new Case(OBJECTNAME, MATCH_EXACTLY, "rtr1", List.of("Site B", "Site A"),
                         List.of("401 Site B rtr1", "500 Net 10.1.0 rtr1")));
         for (Case c : cases) {
-            assertEquals(c.hits(), hits(c.category(), c.matchType(), c.query(),
+            assertEquals(inPlatformOrder(c.hits()), hits(c.category(), c.matchType(), c.query(),
                     c.roots().toArray(String[]::new)), c.query() + " within " + c.roots());
         }
-        assertEquals(List.of(
-                new FoundSymbol("rtr1", "Site B", "rtr1", 10, 401, 4, "Connector:Router", 0),
-                new FoundSymbol("rtr1", "Net 10.1.0", "rtr1", 10, 500, 5, "Connector:Router", 0)),
+        Map<Integer, FoundSymbol> rtr1 = Map.of(
+                401, new FoundSymbol("rtr1", "Site B", "rtr1", 10, 401, 4, "Connector:Router", 0),
+                500, new FoundSymbol("rtr1", "Net 10.1.0", "rtr1", 10, 500, 5, "Connector:Router",
+                        0));
+        assertEquals(control.order("object 10").stream().map(rtr1::get).toList(),
                 client.getMatchingSymbols(OBJECTNAME, MATCH_EXACTLY, "rtr1"));
     }
 

@@ -25,10 +25,7 @@ class WideSubmapTest extends OneSessionTest {
         assertEquals(List.of((long) NODES, (long) NODES), List.of(
                 log.stream().filter(e -> e.startsWith("addNodeSymbol(")).count(),
                 log.stream().filter(e -> e.startsWith("setQxwdbObjectFieldValues(")).count()));
-        assertEquals(map.symbols.values().stream()
-                .filter(s -> ((Long) s.get("submap")).intValue() == wide)
-                .map(s -> ((Long) s.get("id")).intValue()).toList(),
-                dispatcher.getSubmap(wide).getSymbols().stream().map(MapSymbol::getSymbolId)
-                        .toList());
+        assertEquals(control.order("submap " + wide), dispatcher.getSubmap(wide).getSymbols()
+                .stream().map(MapSymbol::getSymbolId).toList());
     }
 }
