@@ -158,8 +158,9 @@ QXwObjectFieldList* QXwDbGetFieldValuesByObjects(QXwObjectIdList* objects, QXwFi
     return nullptr;
   }
   const FieldDef* def = FieldWithId(*map, fieldId);
-  if (def == nullptr || (objects->count == 0 && NoneForNothing())) return nullptr;
-  return BuildObjectFieldList(*map, *objects, *def);
+  // One entry per object asked for, whatever the lists setting: the answer
+  // to no objects is an empty list, not none (which would be a failure).
+  return def == nullptr ? nullptr : BuildObjectFieldList(*map, *objects, *def);
 }
 
 void QXwDbFreeObjectFieldList(QXwObjectFieldList* list) {

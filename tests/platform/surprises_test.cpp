@@ -103,8 +103,9 @@ TEST_F(SurprisesTest, NothingComesAsAnEmptyListOrNoneWhereThePlatformMayChooseEi
       {"values of an object without", [] { return Of(QXwDbGetFieldValues(70)); }, "LLN"},
       {"capabilities of one without", [] { return Of(QXwDbGetCapabilityFieldValues(50)); }, "LLN"},
       {"values of no object", [] { return Of(QXwDbGetFieldValues(999)); }, "NLN"},
+      // One entry per object asked for, none asked for: a list even so.
       {"values of no objects",
-       [&] { return Of(QXwDbGetFieldValuesByObjects(&none, serial.field_id)); }, "LLN"},
+       [&] { return Of(QXwDbGetFieldValuesByObjects(&none, serial.field_id)); }, "LLL"},
       {"a query that matches nothing", [&] { return Of(QXwDbListObjectsByFieldValue(&serial)); },
        "NLN"},
       {"a collection that matches nothing",
