@@ -1,7 +1,8 @@
 // The platform's map and its event loop: what the platform lists and in which
 // order; events from control commands and from the platform's own changes,
 // one per QXwProcessEvent, each in its handler's form; filters, input
-// descriptors, injected failures and commands from other threads.
+// descriptors and commands from other threads (failures_test.cpp has the
+// injected failures).
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -149,65 +150,6 @@ TEST_F(EventsTest, PlatformChangesReportOnlyTheSymbolsThatChanged) {
   QXwObjectInfo* host = QXwGetObjectInfo(map(), 40);
   EXPECT_EQ(host->num_symbols, 1);
   QXwFreeObjectInfo(host);
-}
-
-// Which calls fail, by call number and by id argument: "x" for a call that
-// fails (with the code given, else 1), "." for one that succeeds. Calls that
-// fail are counted as well.
-TEST_F(EventsTest, InjectedFailuresChooseTheirCallsFailAsTheFunctionDoesAndAreCounted) {
-  struct Case {
-    const char* command;
-    std::vector<QXwSubmapId> calls;
-    const char* failed;
-    int code = 1;
-  } cases[] = {
-      {"fail QXwGetSubmapInfo 6 2", {3, 3, 3}, "xx.", 6},
-      {"fail QXwGetSubmapInfo", {1, 2, 3}, "xxx"},
-      {"fail QXwGetSubmapInfo after 2 times 2", {1, 1, 1, 1, 1, 1}, "..xx.."},
-      {"fail QXwGetSubmapInfo after 1", {1, 2, 3}, ".xx"},
-      {"fail QXwGetSubmapInfo for 3", {1, 3, 2, 3}, ".x.x"},
-      {"fail QXwGetSubmapInfo for 3 after 1 times 1 7", {3, 1, 3, 3}, "..x.", 7},
-  };
-  skifftest::ResetCalls();
-  uint64_t calls = 0, succeeded = 0;
-  for (const Case& c : cases) {
-    ControlOk(c.command);
-    std::string failed;
-    for (QXwSubmapId id : c.calls) {
-      QXwSubmapInfo* info = QXwGetSubmapInfo(map(), id);
-      failed += info == nullptr ? "x" : ".";
-      if (info == nullptr) {
-        EXPECT_EQ(QXwError(), c.code) << c.command;
-      } else {
-        QXwFreeSubmapInfo(info);
-        ++succeeded;
-      }
-    }
-    calls += c.calls.size();
-    EXPECT_EQ(failed, c.failed) << c.command;
-    ControlOk("fail QXwGetSubmapInfo off");
-  }
-  EXPECT_EQ(skifftest::Calls("QXwGetSubmapInfo"), calls);
-  EXPECT_EQ(skifftest::Calls("QXwFreeSubmapInfo"), succeeded);
-  EXPECT_EQ(skifftest::Calls("QXwListSymbols"), 0u);
-  EXPECT_STREQ(QXwErrorMsg(6), "no such submap");
-
-  // An id in a list argument, or a field id in a binding, counts too.
-  ControlOk("fail QXwSetSymbolsVisibility for 104");
-  QXwSymbolId ids[] = {103, 104};
-  QXwSymbolIdList first{1, ids}, both{2, ids};
-  EXPECT_EQ(QXwSetSymbolsVisibility(map(), &first, 1), 0);
-  EXPECT_EQ(QXwSetSymbolsVisibility(map(), &both, 1), -1);
-  EXPECT_STREQ(QXwErrorMsg(QXwError()), "the operation failed");
-  ControlOk("fail QXwSetSymbolsVisibility off");
-  EXPECT_EQ(QXwSetSymbolsVisibility(map(), &both, 1), 0);
-  QXwFieldValue yes = skifftest::Value(QXW_FIELD_BOOLEAN, 1);
-  QXwFieldBinding isNode{Field("isNode"), &yes};
-  ControlOk("fail QXwDbListObjectsByFieldValue for " + std::to_string(isNode.field_id));
-  EXPECT_EQ(QXwDbListObjectsByFieldValue(&isNode), nullptr);
-  ControlOk("fail QXwAddInput 1 1");
-  QXwInputProc ignore = [](int, void*) {};
-  EXPECT_EQ(QXwAddInput(0, QXW_INPUT_READABLE, ignore, nullptr), 0u);
 }
 
 TEST_F(EventsTest, RefusedCommandsChangeNothing) {
@@ -436,32 +378,6 @@ TEST(ReadOnlyMapTest, RefusesSymbolChangesButNotObjectStates) {
   QXwObjectIdList objectList{1, objects};
   EXPECT_EQ(QXwSetObjectAckState(session.map(), &objectList, 1), 0);
   EXPECT_EQ(skifftest::DeliverPending(), 0);
-}
-
-TEST_F(EventsTest, ARecordReleasedTwiceOrByAnotherTypesFreeFunctionStopsTheProcess) {
-  QXwSubmapInfo* info = QXwGetSubmapInfo(map(), 1);
-  QXwFreeSubmapInfo(info);
-  EXPECT_DEATH(QXwFreeSubmapInfo(info), "");
-  // Lists of the same shape ({count, items}) too: the record's type tells.
-  struct Case {
-    void (*wrong)(QXwMapInfo* map);
-    const char* message;
-  } cases[] = {
-      {[](QXwMapInfo* m) {
-         QXwDbFreeObjectIdList(
-             reinterpret_cast<QXwObjectIdList*>(QXwListSymbols(m, 3, QXW_PLANE_ALL, nullptr)));
-       },
-       "a QXwSymbolList was released as a QXwObjectIdList"},
-      {[](QXwMapInfo* m) {
-         QXwFreeSubmapInfo(reinterpret_cast<QXwSubmapInfo*>(QXwGetObjectInfo(m, 30)));
-       },
-       "a QXwObjectInfo was released as a QXwSubmapInfo"},
-      {[](QXwMapInfo*) {
-         QXwDbFreeFieldList(reinterpret_cast<QXwFieldList*>(QXwDbGetFieldValues(30)));
-       },
-       "a QXwFieldBindList was released as a QXwFieldList"},
-  };
-  for (const Case& c : cases) EXPECT_DEATH(c.wrong(map()), c.message);
 }
 
 }  // namespace
