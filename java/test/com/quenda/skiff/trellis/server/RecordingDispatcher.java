@@ -6,6 +6,7 @@ import java.util.List;
 import java.util.Map;
 import java.util.Properties;
 import java.util.concurrent.ConcurrentHashMap;
+import java.util.function.Supplier;
 import java.util.stream.Collectors;
 import java.util.stream.Stream;
 
@@ -18,15 +19,23 @@ import java.util.stream.Stream;
 class RecordingDispatcher extends QxwEventDispatcher {
     /** Texts given to printError, in order (the static printError of this class). */
     static final List<String> printedErrors = new ArrayList<>();
+    /** The dispatcher made last: the static printError records and hooks as this one does. */
+    private static volatile RecordingDispatcher latest;
 
     private final List<String> log = new ArrayList<>();
     /** While set, the id callbacks of the map state requests return null. */
     volatile boolean returnNoIds;
     /**
-     * Run right after a callback of that name is recorded, on the thread that made the call; a
-     * hook that throws makes the callback throw.
+     * Run right after a callback of that name is recorded, before its work, on the thread that
+     * made the call; a hook that throws makes the callback throw.
      */
     final Map<String, Runnable> hooks = new ConcurrentHashMap<>();
+    /** The same, run after the callback's work (the reference dispatcher's, or this one's). */
+    final Map<String, Runnable> afterHooks = new ConcurrentHashMap<>();
+
+    RecordingDispatcher() {
+        latest = this;
+    }
 
     void record(String name, Object... args) {
         String text = name + Stream.of(args).map(RecordingDispatcher::show)
@@ -36,6 +45,22 @@ class RecordingDispatcher extends QxwEventDispatcher {
         }
         Runnable hook = hooks.get(name);
         if (hook != null) hook.run();
+    }
+
+    /** Records the callback, does its work, runs its after-hook and returns what the work did. */
+    private <T> T answer(String name, Supplier<T> work, Object... args) {
+        record(name, args);
+        T result = work.get();
+        Runnable hook = afterHooks.get(name);
+        if (hook != null) hook.run();
+        return result;
+    }
+
+    private void call(String name, Runnable work, Object... args) {
+        answer(name, () -> {
+            work.run();
+            return null;
+        }, args);
     }
 
     List<String> log() {
@@ -55,186 +80,212 @@ class RecordingDispatcher extends QxwEventDispatcher {
 
     @Override protected Submap addSubmap(int parentObjectId, int submapId, String submapName,
             int layoutStyle, boolean doUseAutoLayout, String backgroundGraphicsFile) {
-        record("addSubmap", parentObjectId, submapId, submapName, layoutStyle, doUseAutoLayout,
-                backgroundGraphicsFile);
-        return super.addSubmap(parentObjectId, submapId, submapName, layoutStyle,
-                doUseAutoLayout, backgroundGraphicsFile);
+        return answer("addSubmap", () -> super.addSubmap(parentObjectId, submapId, submapName,
+                layoutStyle, doUseAutoLayout, backgroundGraphicsFile), parentObjectId, submapId,
+                submapName, layoutStyle, doUseAutoLayout, backgroundGraphicsFile);
     }
 
     @Override protected MapNodeSymbol addNodeSymbol(int symbolId, int submapId, String label,
             String annotation, String symbolType, int plane, int status, int objectId,
             int childSubmapId, boolean hidden, int placement, int x, int y, int predSymbolId,
             int customSubmapId) {
-        record("addNodeSymbol", symbolId, submapId, label, annotation, symbolType, plane, status,
-                objectId, childSubmapId, hidden, placement, x, y, predSymbolId, customSubmapId);
-        return super.addNodeSymbol(symbolId, submapId, label, annotation, symbolType, plane,
-                status, objectId, childSubmapId, hidden, placement, x, y, predSymbolId,
-                customSubmapId);
+        return answer("addNodeSymbol", () -> super.addNodeSymbol(symbolId, submapId, label,
+                annotation, symbolType, plane, status, objectId, childSubmapId, hidden, placement,
+                x, y, predSymbolId, customSubmapId), symbolId, submapId, label, annotation,
+                symbolType, plane, status, objectId, childSubmapId, hidden, placement, x, y,
+                predSymbolId, customSubmapId);
     }
 
     @Override protected MapConnectionSymbol addConnectionSymbol(int symbolId, int submapId,
             String label, String symbolType, int plane, int status, int objectId, int childSubmapId,
             boolean hidden, int endpoint1Id, int endpoint2Id) {
-        record("addConnectionSymbol", symbolId, submapId, label, symbolType, plane, status,
-                objectId, childSubmapId, hidden, endpoint1Id, endpoint2Id);
-        return super.addConnectionSymbol(symbolId, submapId, label, symbolType, plane, status,
-                objectId, childSubmapId, hidden, endpoint1Id, endpoint2Id);
+        return answer("addConnectionSymbol", () -> super.addConnectionSymbol(symbolId, submapId,
+                label, symbolType, plane, status, objectId, childSubmapId, hidden, endpoint1Id,
+                endpoint2Id), symbolId, submapId, label, symbolType, plane, status, objectId,
+                childSubmapId, hidden, endpoint1Id, endpoint2Id);
     }
 
     @Override protected boolean submapInCache(int submapId) {
-        record("submapInCache", submapId);
-        return super.submapInCache(submapId);
+        return answer("submapInCache", () -> super.submapInCache(submapId), submapId);
     }
 
     @Override protected boolean qxwdbObjectFieldValuesInCache(int objectId) {
-        record("qxwdbObjectFieldValuesInCache", objectId);
-        return super.qxwdbObjectFieldValuesInCache(objectId);
+        return answer("qxwdbObjectFieldValuesInCache",
+                () -> super.qxwdbObjectFieldValuesInCache(objectId), objectId);
     }
 
     @Override protected void setQxwdbObjectFieldValues(int objectId, Properties fieldValues) {
-        record("setQxwdbObjectFieldValues", objectId, fieldValues);
-        super.setQxwdbObjectFieldValues(objectId, fieldValues);
+        call("setQxwdbObjectFieldValues", () -> super.setQxwdbObjectFieldValues(objectId,
+                fieldValues), objectId, fieldValues);
     }
 
     @Override protected String getSymbolRowData(int symbolId, int objectId, int propertySetIndex) {
-        record("getSymbolRowData", symbolId, objectId, propertySetIndex);
-        return propertySetIndex < 0 ? null
-                : "row " + symbolId + " " + objectId + " " + propertySetIndex;
+        return answer("getSymbolRowData", () -> propertySetIndex < 0 ? null
+                : "row " + symbolId + " " + objectId + " " + propertySetIndex, symbolId, objectId,
+                propertySetIndex);
+    }
+
+    @Override protected void addParentPathInfo(int symbolId) {
+        call("addParentPathInfo", () -> super.addParentPathInfo(symbolId), symbolId);
+    }
+
+    @Override protected void addParentLocationInfo(int networkObjectId,
+            int parentLocationObjectId) {
+        call("addParentLocationInfo", () -> super.addParentLocationInfo(networkObjectId,
+                parentLocationObjectId), networkObjectId, parentLocationObjectId);
+    }
+
+    @Override protected void addFoundSymbolInfo(String symbolLabel, String submapName,
+            String objectSelectionName, int objectId, int symbolId, int submapId,
+            String symbolType, int symbolStatus) {
+        call("addFoundSymbolInfo", () -> super.addFoundSymbolInfo(symbolLabel, submapName,
+                objectSelectionName, objectId, symbolId, submapId, symbolType, symbolStatus),
+                symbolLabel, submapName, objectSelectionName, objectId, symbolId, submapId,
+                symbolType, symbolStatus);
     }
 
     private int[] answerIds(int[] stored) {
         return returnNoIds ? null : stored;
     }
 
+    @Override protected String[] getRootObjectSelectionNames() {
+        return answer("getRootObjectSelectionNames", super::getRootObjectSelectionNames);
+    }
+
     @Override protected int[] getManageObjectList(int numObjs) {
-        record("getManageObjectList", numObjs);
-        return answerIds(super.getManageObjectList(numObjs));
+        return answer("getManageObjectList", () -> answerIds(super.getManageObjectList(numObjs)),
+                numObjs);
     }
 
     @Override protected int[] getAckObjectList(int numObjs) {
-        record("getAckObjectList", numObjs);
-        return answerIds(super.getAckObjectList(numObjs));
+        return answer("getAckObjectList", () -> answerIds(super.getAckObjectList(numObjs)),
+                numObjs);
     }
 
     @Override protected int[] getVisibilityStateSymbolIds() {
-        record("getVisibilityStateSymbolIds");
-        return answerIds(super.getVisibilityStateSymbolIds());
+        return answer("getVisibilityStateSymbolIds",
+                () -> answerIds(super.getVisibilityStateSymbolIds()));
     }
 
     @Override protected int[] getInterfaceAndNodeVisibilityStateObjectIds() {
-        record("getInterfaceAndNodeVisibilityStateObjectIds");
-        return answerIds(super.getInterfaceAndNodeVisibilityStateObjectIds());
+        return answer("getInterfaceAndNodeVisibilityStateObjectIds",
+                () -> answerIds(super.getInterfaceAndNodeVisibilityStateObjectIds()));
     }
 
     @Override protected int[] getDeleteSymbolsObjectIds() {
-        record("getDeleteSymbolsObjectIds");
-        return answerIds(super.getDeleteSymbolsObjectIds());
+        return answer("getDeleteSymbolsObjectIds",
+                () -> answerIds(super.getDeleteSymbolsObjectIds()));
     }
 
     @Override protected void beginMapSync() {
-        record("beginMapSync");
-        super.beginMapSync();
+        call("beginMapSync", super::beginMapSync);
     }
 
     @Override protected void endMapSync() {
-        record("endMapSync");
-        super.endMapSync();
+        call("endMapSync", super::endMapSync);
     }
 
     @Override protected void synchronizeLayoutAppearance(int submapId) {
-        record("synchronizeLayoutAppearance", submapId);
+        call("synchronizeLayoutAppearance", () -> super.synchronizeLayoutAppearance(submapId),
+                submapId);
     }
 
     @Override protected void symbolHiddenCB(int symbolId, int submapId, boolean isNode) {
-        record("symbolHiddenCB", symbolId, submapId, isNode);
-        super.symbolHiddenCB(symbolId, submapId, isNode);
+        call("symbolHiddenCB", () -> super.symbolHiddenCB(symbolId, submapId, isNode), symbolId,
+                submapId, isNode);
     }
 
     @Override protected void symbolUnhiddenCB(int symbolId, int submapId, boolean isNode) {
-        record("symbolUnhiddenCB", symbolId, submapId, isNode);
-        super.symbolUnhiddenCB(symbolId, submapId, isNode);
+        call("symbolUnhiddenCB", () -> super.symbolUnhiddenCB(symbolId, submapId, isNode),
+                symbolId, submapId, isNode);
     }
 
     @Override protected void symbolStatusChangeCB(int symbolId, int submapId, int status,
             boolean isNode) {
-        record("symbolStatusChangeCB", symbolId, submapId, status, isNode);
-        super.symbolStatusChangeCB(symbolId, submapId, status, isNode);
+        call("symbolStatusChangeCB", () -> super.symbolStatusChangeCB(symbolId, submapId, status,
+                isNode), symbolId, submapId, status, isNode);
     }
 
     @Override protected void symbolCreatedCB(MapSymbol symbol, int submapId) {
-        record("symbolCreatedCB", symbol, submapId);
-        super.symbolCreatedCB(symbol, submapId);
+        call("symbolCreatedCB", () -> super.symbolCreatedCB(symbol, submapId), symbol, submapId);
     }
 
     @Override protected void symbolDeletedCB(int symbolId, int submapId, boolean isNode) {
-        record("symbolDeletedCB", symbolId, submapId, isNode);
-        super.symbolDeletedCB(symbolId, submapId, isNode);
+        call("symbolDeletedCB", () -> super.symbolDeletedCB(symbolId, submapId, isNode),
+                symbolId, submapId, isNode);
     }
 
     @Override protected void symbolMovedCB(int symbolId, int submapId, int placement, int x, int y,
             int predSymbolId, boolean fromMoveEvent, boolean moreToFollow, boolean fromRefresh) {
-        record("symbolMovedCB", symbolId, submapId, placement, x, y, predSymbolId, fromMoveEvent,
-                moreToFollow, fromRefresh);
-        super.symbolMovedCB(symbolId, submapId, placement, x, y, predSymbolId, fromMoveEvent,
-                moreToFollow, fromRefresh);
+        call("symbolMovedCB", () -> super.symbolMovedCB(symbolId, submapId, placement, x, y,
+                predSymbolId, fromMoveEvent, moreToFollow, fromRefresh), symbolId, submapId,
+                placement, x, y, predSymbolId, fromMoveEvent, moreToFollow, fromRefresh);
     }
 
     @Override protected void symbolNormalizeChangeCB(int symbolId, int submapId,
             boolean isNormalized) {
-        record("symbolNormalizeChangeCB", symbolId, submapId, isNormalized);
-        super.symbolNormalizeChangeCB(symbolId, submapId, isNormalized);
+        call("symbolNormalizeChangeCB", () -> super.symbolNormalizeChangeCB(symbolId, submapId,
+                isNormalized), symbolId, submapId, isNormalized);
     }
 
     @Override protected void submapCreatedCB(int submapId, int parentObjectId) {
-        record("submapCreatedCB", submapId, parentObjectId);
-        super.submapCreatedCB(submapId, parentObjectId);
+        call("submapCreatedCB", () -> super.submapCreatedCB(submapId, parentObjectId), submapId,
+                parentObjectId);
     }
 
     @Override protected void submapDeletedCB(int submapId, int parentObjectId) {
-        record("submapDeletedCB", submapId, parentObjectId);
-        super.submapDeletedCB(submapId, parentObjectId);
+        call("submapDeletedCB", () -> super.submapDeletedCB(submapId, parentObjectId), submapId,
+                parentObjectId);
     }
 
     @Override protected void submapAutoLayoutChangeCB(int submapId, int parentObjectId,
             boolean layoutOn) {
-        record("submapAutoLayoutChangeCB", submapId, parentObjectId, layoutOn);
-        super.submapAutoLayoutChangeCB(submapId, parentObjectId, layoutOn);
+        call("submapAutoLayoutChangeCB", () -> super.submapAutoLayoutChangeCB(submapId,
+                parentObjectId, layoutOn), submapId, parentObjectId, layoutOn);
     }
 
     @Override protected void mapOpenCB(String mapName, boolean isReadOnly, int rootSubmapId) {
-        record("mapOpenCB", mapName, isReadOnly, rootSubmapId);
-        super.mapOpenCB(mapName, isReadOnly, rootSubmapId);
+        call("mapOpenCB", () -> super.mapOpenCB(mapName, isReadOnly, rootSubmapId), mapName,
+                isReadOnly, rootSubmapId);
     }
 
     @Override protected void mapCloseCB(String mapName, int rootSubmapId) {
-        record("mapCloseCB", mapName, rootSubmapId);
-        super.mapCloseCB(mapName, rootSubmapId);
+        call("mapCloseCB", () -> super.mapCloseCB(mapName, rootSubmapId), mapName, rootSubmapId);
     }
 
     @Override protected void endSessionCB() {
-        record("endSessionCB");
-        super.endSessionCB();
+        call("endSessionCB", super::endSessionCB);
     }
 
     @Override protected void scopingNetworkCreatedCB(int networkObjectId,
             int[] parentLocationObjectIds) {
-        record("scopingNetworkCreatedCB", networkObjectId, parentLocationObjectIds);
-        super.scopingNetworkCreatedCB(networkObjectId, parentLocationObjectIds);
+        call("scopingNetworkCreatedCB", () -> super.scopingNetworkCreatedCB(networkObjectId,
+                parentLocationObjectIds), networkObjectId, parentLocationObjectIds);
     }
 
     @Override protected void scopingInterfacesCreatedCB(int[] interfaceObjectIds,
             int[] nodeObjectIds) {
-        record("scopingInterfacesCreatedCB", interfaceObjectIds, nodeObjectIds);
+        call("scopingInterfacesCreatedCB", () -> super.scopingInterfacesCreatedCB(
+                interfaceObjectIds, nodeObjectIds), interfaceObjectIds, nodeObjectIds);
     }
 
     @Override protected void scopingInterfacesDeletedCB(int[] interfaceObjectIds) {
-        record("scopingInterfacesDeletedCB", (Object) interfaceObjectIds);
+        call("scopingInterfacesDeletedCB", () -> super.scopingInterfacesDeletedCB(
+                interfaceObjectIds), (Object) interfaceObjectIds);
     }
 
-    /** Hides the dispatcher's printError: the native library calls this one. */
+    /**
+     * Hides the dispatcher's printError: the native library calls this one. It is recorded and
+     * hooked as the latest dispatcher's.
+     */
     public static void printError(String errorText) {
-        synchronized (printedErrors) {
-            printedErrors.add(errorText);
-        }
+        Runnable work = () -> {
+            synchronized (printedErrors) {
+                printedErrors.add(errorText);
+            }
+        };
+        RecordingDispatcher dispatcher = latest;
+        if (dispatcher == null) work.run();
+        else dispatcher.call("printError", work, errorText);
     }
 }
