@@ -2,6 +2,7 @@ package com.quenda.skiff.trellis.server;
 
 import java.io.IOException;
 import java.util.ArrayList;
+import java.util.Comparator;
 import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
@@ -42,6 +43,37 @@ final class MapDump {
         return (Boolean) objects.get(objectId).get("acknowledged");
     }
     boolean managed(long objectId) { return (Boolean) objects.get(objectId).get("managed"); }
+
+    /**
+     * The symbols of a submap by id, each as {@link #describe(MapSymbol)} shows a symbol of the
+     * dispatcher's mirror.
+     */
+    List<List<Object>> symbolsOn(long submapId) {
+        return symbols.values().stream().filter(s -> (Long) s.get("submap") == submapId)
+                .map(s -> {
+                    long placement = (Long) s.getOrDefault("placement", -1L);
+                    boolean at = placement == MapNodeSymbol.PLACED_AT_COORDINATES;
+                    return List.of(s.get("id"), s.get("hidden"), s.get("status"), placement,
+                            at ? s.getOrDefault("x", 0L) : 0L, at ? s.getOrDefault("y", 0L) : 0L,
+                            placement == MapNodeSymbol.PLACED_AFTER_PREDECESSOR ? s.get("pred")
+                                    : 0L);
+                }).sorted(BY_ID).toList();
+    }
+
+    /** Orders descriptions by their symbol id. */
+    static final Comparator<List<Object>> BY_ID = Comparator.comparing(d -> (Long) d.get(0));
+
+    /**
+     * Id, hidden flag, status and position (placement, x, y, predecessor) as the mirror keeps
+     * them: coordinates only for placement 1, a predecessor only for placement 2; a connection
+     * has placement -1.
+     */
+    static List<Object> describe(MapSymbol s) {
+        MapNodeSymbol n = s instanceof MapNodeSymbol node ? node : null;
+        return List.of((long) s.getSymbolId(), s.isHidden(), (long) s.getStatus(),
+                n == null ? -1L : (long) n.getPlacement(), n == null ? 0L : (long) n.getX(),
+                n == null ? 0L : (long) n.getY(), n == null ? 0L : (long) n.getPredSymbolId());
+    }
 
     /** An object's database field value (Long, Boolean, String or List), null when unset. */
     Object field(long objectId, String name) {

@@ -8,7 +8,6 @@ import static org.junit.jupiter.api.Assertions.assertTrue;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
-import java.util.Comparator;
 import java.util.List;
 import java.util.Map;
 import java.util.Random;
@@ -127,12 +126,9 @@ class MapEventsSoakTest extends OneSessionTest {
             assertNotNull(submap, "submap " + submapId);
             assertEquals(map.submaps.get(submapId).get("layoutOn"), submap.isAutoLayout(),
                     "automatic layout of submap " + submapId);
-            Comparator<List<Object>> byId = Comparator.comparing(d -> (Long) d.get(0));
-            List<List<Object>> expected = map.symbols.values().stream()
-                    .filter(symbol -> (Long) symbol.get("submap") == submapId)
-                    .map(MapEventsSoakTest::describe).sorted(byId).toList();
-            assertEquals(expected, submap.getSymbols().stream()
-                    .map(MapEventsSoakTest::describe).sorted(byId).toList(),
+            List<List<Object>> expected = map.symbolsOn(submapId);
+            assertEquals(expected, submap.getSymbols().stream().map(MapDump::describe)
+                    .sorted(MapDump.BY_ID).toList(),
                     "submap " + submapId);
             compared += expected.size();
         }
@@ -231,25 +227,6 @@ class MapEventsSoakTest extends OneSessionTest {
         }
         created.remove(objectId);
         return "delete-objects " + objectId;
-    }
-
-    /**
-     * Id, hidden flag, status and position (placement, x, y, predecessor) as the mirror keeps
-     * them: coordinates only for placement 1, a predecessor only for placement 2.
-     */
-    private static List<Object> describe(Map<String, Object> s) {
-        long placement = (Long) s.getOrDefault("placement", -1L);
-        boolean at = placement == MapNodeSymbol.PLACED_AT_COORDINATES;
-        return List.of(s.get("id"), s.get("hidden"), s.get("status"), placement,
-                at ? s.getOrDefault("x", 0L) : 0L, at ? s.getOrDefault("y", 0L) : 0L,
-                placement == MapNodeSymbol.PLACED_AFTER_PREDECESSOR ? s.get("pred") : 0L);
-    }
-
-    private static List<Object> describe(MapSymbol s) {
-        MapNodeSymbol n = s instanceof MapNodeSymbol node ? node : null;
-        return List.of((long) s.getSymbolId(), s.isHidden(), (long) s.getStatus(),
-                n == null ? -1L : (long) n.getPlacement(), n == null ? 0L : (long) n.getX(),
-                n == null ? 0L : (long) n.getY(), n == null ? 0L : (long) n.getPredSymbolId());
     }
 
     /**
