@@ -109,10 +109,15 @@ final class TestSession {
     /** Ends the platform session and checks that listenForEvents returned. */
     void end(EmulatorControl control) throws Exception {
         control.ok("end-session");
+        awaitEnd();
+        // The request server has closed its end: a request fails at once.
+        TestNative.captureStderr(() -> assertFalse(client.getSymbolRowData(1, 1, 1)));
+    }
+
+    /** Waits for listenForEvents to return once the session has ended, and checks it did. */
+    void awaitEnd() throws InterruptedException {
         thread.join(TimeUnit.SECONDS.toMillis(TIMEOUT_SECONDS));
         assertFalse(thread.isAlive(), "listenForEvents did not return");
         assertEquals("listenForEvents returned()", dispatcher.log().get(dispatcher.log().size() - 1));
-        // The request server has closed its end: a request fails at once.
-        TestNative.captureStderr(() -> assertFalse(client.getSymbolRowData(1, 1, 1)));
     }
 }
