@@ -303,6 +303,7 @@ void QxwEventDispatcher::ServiceJavaRequestCB(int socketDescriptor, void* userDa
                    "dropped (sock:%d)\n",
                    kMessageSize, socketDescriptor);
     }
+    TakeMissingMapInfo();
     Answer(socketDescriptor, Serve(message));
   }
 }

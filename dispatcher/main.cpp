@@ -210,5 +210,9 @@ QXwSubmapId QxwEventDispatcher::GetRootSubmapId() {
 void QxwEventDispatcher::SetMap(QXwMapInfo* pMap) {
   SKIFF_TRACE("QxwEventDispatcher::SetMap");
   m_pMap = pMap;
-  s_rootSubmapId.store(pMap != nullptr ? pMap->root_submap_id : 0, std::memory_order_release);
+  PublishRootSubmapId(pMap != nullptr ? pMap->root_submap_id : 0);
+}
+
+void QxwEventDispatcher::PublishRootSubmapId(QXwSubmapId rootSubmapId) {
+  s_rootSubmapId.store(rootSubmapId, std::memory_order_release);
 }

@@ -191,6 +191,8 @@ class QxwEventDispatcher {
   // Makes `pMap` the open map (the caller frees the previous one) and
   // publishes its root submap id to client threads.
   static void SetMap(QXwMapInfo* pMap);
+  // Publishes the root submap id of the open map to client threads.
+  static void PublishRootSubmapId(QXwSubmapId rootSubmapId);
 
   // The request server (channel/server.cpp): opens the listening socket,
   // reports the connection results to the Java client object, accepts the
@@ -401,9 +403,16 @@ class QxwEventDispatcher {
   static void EndSessionCB(void* userData, int eventType, QXwBoolean normalEnd);
   // Takes the new map's information, decides location tracking again and
   // reports the root submap with its symbols before mapOpenCB. Nothing
-  // without map information.
+  // without map information. When the platform gives no copy of the new
+  // map's information, its root submap id is still published, and the next
+  // request takes the copy (TakeMissingMapInfo).
   static void MapOpenCB(void* userData, int eventType, QXwMapInfo* pMap,
                         QXwFieldBindList* pConfigParams);
+  // Before a request is served: when the platform gave no copy of the
+  // information of the map opened last, takes it now, with what the map
+  // open decides from it (location tracking and its synchronization), so
+  // that a passing platform failure does not leave that map unserved.
+  static void TakeMissingMapInfo();
   // mapCloseCB when the event names the map; then, in every case, the map
   // information is taken afresh and the close acknowledged, last.
   static void MapCloseCB(void* userData, int eventType, QXwMapInfo* pMap, time_t closingTime);

@@ -19,11 +19,26 @@ namespace {
 
 using Dispatcher = QxwEventDispatcher;
 
+// Set while the session holds no copy of the information of the map opened
+// last: the platform gave none at the open.
+bool s_openMapInfoMissing = false;
+
 // Replaces the session's map information with a fresh copy from the
 // platform: none while no map is open.
 void RefreshMapInfo() {
   if (Dispatcher::m_pMap != nullptr) QXwFreeMapInfo(Dispatcher::m_pMap);
   Dispatcher::SetMap(QXwGetMapInfo());
+}
+
+// Takes the open map's information afresh, decides location tracking for
+// it and synchronizes its Location ID fields when it is tracked. False when
+// the platform gives no copy.
+bool TakeOpenMapInfo() {
+  RefreshMapInfo();
+  Dispatcher::m_thisQxwSessionEnablesLocationTracking = Dispatcher::ShouldEnableLocationTracking(
+      Dispatcher::m_pMap, Dispatcher::m_mapNameForLocationTracking);
+  Dispatcher::SynchronizeLocationTrackingIfNeeded();
+  return Dispatcher::m_pMap != nullptr;
 }
 
 // The object ids of an event's list, in order; none without a list.
@@ -53,10 +68,9 @@ void QxwEventDispatcher::MapOpenCB(void*, int, QXwMapInfo* pMap, QXwFieldBindLis
   SKIFF_TRACE("QxwEventDispatcher::MapOpenCB");
   skiff::DispatcherVerbose("MapOpenCB\n");
   if (pMap == nullptr) return;
-  RefreshMapInfo();
-  m_thisQxwSessionEnablesLocationTracking =
-      ShouldEnableLocationTracking(m_pMap, m_mapNameForLocationTracking);
-  SynchronizeLocationTrackingIfNeeded();
+  s_openMapInfoMissing = !TakeOpenMapInfo();
+  // Client threads ask for this root submap also while the copy is missing.
+  if (s_openMapInfoMissing) PublishRootSubmapId(pMap->root_submap_id);
   // Java has the root submap's contents before it hears that the map is open.
   JNIEnv* pEnv = skiff::jni::AttachedEnv();
   GetSubmapAndSymbols(pMap->root_submap_id);
@@ -75,8 +89,14 @@ void QxwEventDispatcher::MapCloseCB(void*, int, QXwMapInfo* pMap, time_t) {
     CallVoid(pEnv, Peer(), m_mapCloseCB, mapName.get(), static_cast<jint>(pMap->root_submap_id));
   }
   RefreshMapInfo();
+  s_openMapInfoMissing = false;
   // Last: the platform may close the map once it is acknowledged.
   QXwAckMapClose(pMap, 0);
+}
+
+void QxwEventDispatcher::TakeMissingMapInfo() {
+  SKIFF_TRACE("QxwEventDispatcher::TakeMissingMapInfo");
+  if (s_openMapInfoMissing) s_openMapInfoMissing = !TakeOpenMapInfo();
 }
 
 void QxwEventDispatcher::SynchronizeLocationTrackingIfNeeded() {

@@ -132,7 +132,7 @@ class FaultMatrixTest extends OneSessionTest {
             QXwDbGetFieldValues SUBMAP CREATE
             QXwDbGetFieldValuesByObjects INTERFACES CREATE_INTERFACE
             skCollectionEvaluate SEARCH
-            QXwGetMapInfo CLOSE
+            QXwGetMapInfo OPEN CLOSE
             QXwAckMapClose CLOSE
             HIDE beginMapSync endMapSync submapInCache synchronizeLayoutAppearance symbolHiddenCB
             UNHIDE symbolUnhiddenCB; STATUS symbolStatusChangeCB; DELETE symbolDeletedCB
@@ -370,6 +370,7 @@ class FaultMatrixTest extends OneSessionTest {
         }
         assertTimeoutPreemptively(TIMEOUT, () -> {
             if (answer != null) assertEquals(answer, op.answer.call(), "asked again");
+            assertTrue(client.getSubmapAndSymbols(0), "the root submap, asked for as 0");
             MapDump map = MapDump.of(control);
             for (int submapId : LOADED) {
                 if (!map.submaps.containsKey((long) submapId)) continue;
