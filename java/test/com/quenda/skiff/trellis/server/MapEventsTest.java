@@ -2,12 +2,10 @@ package com.quenda.skiff.trellis.server;
 
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertNull;
-import static org.junit.jupiter.api.Assertions.assertTimeoutPreemptively;
 import static org.junit.jupiter.api.Assertions.assertTrue;
 
 import java.io.IOException;
 import java.io.UncheckedIOException;
-import java.time.Duration;
 import java.util.ArrayList;
 import java.util.HashMap;
 import java.util.List;
@@ -197,25 +195,6 @@ class MapEventsTest extends OneSessionTest {
 
     @Test
     @Order(3)
-    void aCallbackThatThrowsInsideABracketStillGetsEndMapSync() throws Exception {
-        dispatcher.hooks.put("symbolHiddenCB", () -> {
-            throw new IllegalStateException("hidden failed");
-        });
-        List<String> log = new ArrayList<>();
-        String stderr = TestNative.captureStderr(() -> log.addAll(callbacks("hide 300")));
-        dispatcher.hooks.clear();
-        // 300 follows 301 since the moves.
-        assertEquals(bracket("submapInCache(3)", "symbolHiddenCB(300, 3, true)",
-                refresh(3, 300, 2, 301, 0, 301, 301, 7, 70, 80, 0)), log);
-        assertTrue(stderr.startsWith("Java method symbolHiddenCB threw an exception\n"
-                + "Exception in thread \"dispatcher\" java.lang.IllegalStateException:"
-                + " hidden failed\n"), stderr);
-        // The mirror is open to readers again.
-        assertTimeoutPreemptively(Duration.ofSeconds(10), () -> dispatcher.getSubmap(3));
-    }
-
-    @Test
-    @Order(4)
     void objectEventsWithoutScopingUpdatesReachJavaOnlyThroughTheSymbolsTheyTake()
             throws Exception {
         // Interface objects make no call and no look-up.
