@@ -35,6 +35,9 @@ void Open() {
 }
 
 void Reload() {
+  for (const char* usual : {"list-order creation", "cascade off", "lists usual whole"}) {
+    qxwemu::Control(usual);
+  }
   qxwemu::Control("open-map " + std::string(kMap));
   DeliverEvents();
 }

@@ -15,7 +15,7 @@ constexpr const char* kMap = SKIFF_SOURCE_DIR "/java/test/resources/maps/search.
 void Open();
 
 // Loads the map afresh (its events delivered), as it was before anything
-// changed it.
+// changed it, and makes the platform serve its lists as usual again.
 void Reload();
 
 // Delivers every queued event to the handlers, as the event loop does;

@@ -1,9 +1,9 @@
 // Fuzz target: the map's events. The input is control command lines, one a
-// line: each changes the emulated map (or makes a platform function fail),
-// and the events it makes go to the real handlers, with the fake Java side,
-// in the dispatcher's session (dispatcher_session.h), which starts every
-// input on the map as loaded. A handler must neither fail nor leave a local
-// reference behind. Lines that would end the session or open another file
+// line: each changes the emulated map (or makes a platform function fail, or
+// serve its lists in another order or shape), and the events it makes go to
+// the real handlers, with the fake Java side, in the dispatcher's session
+// (dispatcher_session.h), which starts every input on the map as loaded. A handler must neither
+// fail nor leave a local reference behind. Lines that would end the session or open another file
 // are passed over.
 #include <cstdint>
 #include <string>
