@@ -274,7 +274,13 @@ class FaultMatrixTest extends OneSessionTest {
                     });
         }
         try {
-            assertEquals(row.stderr(), run(row.op()));
+            String stderr = run(row.op());
+            if (row.stderr().equals(NO_PLACE)) {
+                // One line per object, in the order the platform lists the objects.
+                assertEquals(NO_PLACE.lines().sorted().toList(), stderr.lines().sorted().toList());
+            } else {
+                assertEquals(row.stderr(), stderr);
+            }
             assertTrue(row.when() == null ? control.calls(row.name()) > 0 : thrown.get(),
                     "the operation calls it");
         } finally {
@@ -376,7 +382,8 @@ class FaultMatrixTest extends OneSessionTest {
                 if (!map.submaps.containsKey((long) submapId)) continue;
                 assertTrue(client.getSubmapAndSymbols(submapId), "submap " + submapId);
                 assertEquals(map.symbolsOn(submapId), dispatcher.getSubmap(submapId).getSymbols()
-                        .stream().map(MapDump::describe).toList(), "submap " + submapId);
+                        .stream().map(MapDump::describe).sorted(MapDump.BY_ID).toList(),
+                        "submap " + submapId);
             }
         });
     }
