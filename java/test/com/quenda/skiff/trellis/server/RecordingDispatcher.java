@@ -23,8 +23,6 @@ class RecordingDispatcher extends QxwEventDispatcher {
     private static volatile RecordingDispatcher latest;
 
     private final List<String> log = new ArrayList<>();
-    /** While set, the id callbacks of the map state requests return null. */
-    volatile boolean returnNoIds;
     /**
      * Run right after a callback of that name is recorded, before its work, on the thread that
      * made the call; a hook that throws makes the callback throw.
@@ -144,37 +142,29 @@ class RecordingDispatcher extends QxwEventDispatcher {
                 symbolType, symbolStatus);
     }
 
-    private int[] answerIds(int[] stored) {
-        return returnNoIds ? null : stored;
-    }
-
     @Override protected String[] getRootObjectSelectionNames() {
         return answer("getRootObjectSelectionNames", super::getRootObjectSelectionNames);
     }
 
     @Override protected int[] getManageObjectList(int numObjs) {
-        return answer("getManageObjectList", () -> answerIds(super.getManageObjectList(numObjs)),
-                numObjs);
+        return answer("getManageObjectList", () -> super.getManageObjectList(numObjs), numObjs);
     }
 
     @Override protected int[] getAckObjectList(int numObjs) {
-        return answer("getAckObjectList", () -> answerIds(super.getAckObjectList(numObjs)),
-                numObjs);
+        return answer("getAckObjectList", () -> super.getAckObjectList(numObjs), numObjs);
     }
 
     @Override protected int[] getVisibilityStateSymbolIds() {
-        return answer("getVisibilityStateSymbolIds",
-                () -> answerIds(super.getVisibilityStateSymbolIds()));
+        return answer("getVisibilityStateSymbolIds", super::getVisibilityStateSymbolIds);
     }
 
     @Override protected int[] getInterfaceAndNodeVisibilityStateObjectIds() {
         return answer("getInterfaceAndNodeVisibilityStateObjectIds",
-                () -> answerIds(super.getInterfaceAndNodeVisibilityStateObjectIds()));
+                super::getInterfaceAndNodeVisibilityStateObjectIds);
     }
 
     @Override protected int[] getDeleteSymbolsObjectIds() {
-        return answer("getDeleteSymbolsObjectIds",
-                () -> answerIds(super.getDeleteSymbolsObjectIds()));
+        return answer("getDeleteSymbolsObjectIds", super::getDeleteSymbolsObjectIds);
     }
 
     @Override protected void beginMapSync() {
