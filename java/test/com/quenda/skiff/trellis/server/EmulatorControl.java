@@ -76,6 +76,11 @@ final class EmulatorControl implements AutoCloseable {
         return calls(ok("counters"), function);
     }
 
+    /** How many records the platform has handed out that are not released yet. */
+    long records() throws IOException {
+        return Long.parseLong(ok("counters").replaceAll(".*\"records\":(\\d+).*", "$1"));
+    }
+
     /** The calls of a platform function in a reply to "counters". */
     static long calls(String countersReply, String function) {
         Matcher m = Pattern.compile("\"" + Pattern.quote(function) + "\":(\\d+)")

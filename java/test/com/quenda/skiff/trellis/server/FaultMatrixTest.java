@@ -261,7 +261,7 @@ class FaultMatrixTest extends OneSessionTest {
     void aFault(Row row) throws Exception {
         Object answer = expected(row.op());
         startAfresh();
-        long records = records();
+        long records = control.records();
         control.ok("reset-counters");
         AtomicBoolean thrown = new AtomicBoolean();
         if (row.when() == null) {
@@ -297,7 +297,7 @@ class FaultMatrixTest extends OneSessionTest {
             });
         }
         assertServing(row.op(), answer);
-        assertEquals(records, records(), "platform records not released");
+        assertEquals(records, control.records(), "platform records not released");
     }
 
     @Test
@@ -351,11 +351,6 @@ class FaultMatrixTest extends OneSessionTest {
         assertTrue(log.stream().filter(e -> e.endsWith("MapSync()")).map(e -> e.substring(0, 1))
                 .collect(Collectors.joining()).matches("(be)*"), log.toString());
         return normalized(stderr);
-    }
-
-    /** How many records the platform has handed out that are not released yet. */
-    private static long records() throws Exception {
-        return Long.parseLong(control.ok("counters").replaceAll(".*\"records\":(\\d+).*", "$1"));
     }
 
     private static String thrown(String callback) {

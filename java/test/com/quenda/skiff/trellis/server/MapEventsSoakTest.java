@@ -98,11 +98,11 @@ class MapEventsSoakTest extends OneSessionTest {
         // The map no longer changes: more requests leave as many platform records unreleased,
         // and about as much native heap in use (the allocator's count wanders by some MiB either
         // way on a busy machine: the records count is the exact leak check), as they found.
-        long recordsBefore = records();
+        long recordsBefore = control.records();
         long heapBefore = TestNative.nativeHeapInUse();
         for (Thread thread : clients(rowsAsked[0] + 200)) thread.join();
         long heapGrowth = TestNative.nativeHeapInUse() - heapBefore;
-        assertEquals(recordsBefore, records(), "platform records not released");
+        assertEquals(recordsBefore, control.records(), "platform records not released");
         assertNull(failure.get());
         assertTrue(heapGrowth < 16 << 20, heapGrowth + " bytes more native heap");
         for (int t = 0; t < CLIENTS; t++) {
@@ -196,12 +196,6 @@ class MapEventsSoakTest extends OneSessionTest {
                 }
                 return null;
         }
-    }
-
-    /** How many records the platform has handed out that are not released yet. */
-    private static long records() throws Exception {
-        String reply = control.command("counters");
-        return Long.parseLong(reply.replaceAll(".*\"records\":(\\d+).*", "$1"));
     }
 
     /** The number of descriptors the process holds. */

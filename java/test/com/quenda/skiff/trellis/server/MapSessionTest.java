@@ -107,11 +107,8 @@ class MapSessionTest extends OneSessionTest {
             recordCalls("QXwDone");
             dispatcher.record("child submap of Store", TestNative.childSubmapId("Store"));
         });
-        int before = dispatcher.log().size();
-        session.end(control);
-        List<String> log = dispatcher.log();
         assertEquals(List.of("endSessionCB()", "QXwDone calls(1)", "child submap of Store(4)",
-                "listenForEvents returned()"), log.subList(before, log.size()));
+                "listenForEvents returned()"), logOf(() -> session.end(control)));
         assertEquals(0, TestNative.childSubmapId("Store"));
     }
 }

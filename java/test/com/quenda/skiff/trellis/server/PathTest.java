@@ -4,7 +4,7 @@ import static org.junit.jupiter.api.Assertions.assertEquals;
 
 import java.util.ArrayList;
 import java.util.List;
-import java.util.function.Supplier;
+import java.util.concurrent.Callable;
 import org.junit.jupiter.api.Test;
 
 /**
@@ -16,12 +16,12 @@ import org.junit.jupiter.api.Test;
  * application-plane one on Site B (403).
  */
 class PathTest extends OneSessionTest {
-    record Case(String what, Supplier<List<?>> request, List<?> result, String stderr) {}
+    record Case(String what, Callable<List<?>> request, List<?> result, String stderr) {}
 
     private static void check(List<Case> cases) throws Exception {
         for (Case c : cases) {
             List<Object> result = new ArrayList<>();
-            String stderr = TestNative.captureStderr(() -> result.addAll(c.request().get()));
+            String stderr = TestNative.captureStderr(() -> result.addAll(c.request().call()));
             assertEquals(c.result(), result, c.what());
             assertEquals(c.stderr(), stderr, c.what());
         }
@@ -92,13 +92,9 @@ class PathTest extends OneSessionTest {
     /** The node symbols that getNodeSymbol reports for its custom submap. */
     private static Case node(String what, int customSubmapId, String name, String parent,
             String stderr, String... reported) {
-        return new Case(what, () -> {
-            int before = dispatcher.log().size();
-            client.getNodeSymbol(customSubmapId, name, parent);
-            List<String> log = dispatcher.log();
-            return log.subList(before, log.size()).stream()
-                    .filter(e -> e.startsWith("addNodeSymbol(")).toList();
-        }, List.of(reported), stderr);
+        return new Case(what, () -> logOf(() -> client.getNodeSymbol(customSubmapId, name, parent))
+                .stream().filter(e -> e.startsWith("addNodeSymbol(")).toList(), List.of(reported),
+                stderr);
     }
 
     @Test

@@ -88,12 +88,10 @@ final class TestSession {
         return result.get(0);
     }
 
-    /** Starts a session on a map and connects its client. */
-    static TestSession started() throws Exception {
-        return started(null);
-    }
-
-    /** The same, the dispatcher connecting with the flags given. */
+    /**
+     * Starts a session on a map, the dispatcher connecting with the flags given (all false for
+     * null), and connects its client.
+     */
     static TestSession started(OneSessionTest.Connect flags) throws Exception {
         TestSession session = new TestSession(flags);
         assertTrue(session.start().connectionEstablished());
