@@ -26,21 +26,6 @@ TEST_F(DbTest, NamesAndIdsResolve) {
   std::free(name);
   EXPECT_EQ(QXwDbObjectIdToSelectionName(70), nullptr);  // has no selection name
   EXPECT_EQ(QXwDbObjectIdToSelectionName(999), nullptr);
-  // Hostnames and their own addresses find nodes only.
-  EXPECT_EQ(QXwDbHostnameToObjectId("host1.example"), 40u);
-  EXPECT_EQ(QXwDbHostnameToObjectId("10.1.0.20"), 40u);  // not its interface 41
-  EXPECT_EQ(QXwDbHostnameToObjectId("10.1.0.21"), 0u);   // only an interface carries it
-  EXPECT_EQ(QXwDbHostnameToObjectId("10.1.0.0"), 0u);    // a network
-}
-
-// An object without values, or no object: see the surprises test.
-TEST_F(DbTest, CapabilityFieldValues) {
-  QXwFieldBindList* capabilities = QXwDbGetCapabilityFieldValues(40);
-  ASSERT_EQ(capabilities->count, 2);
-  EXPECT_EQ(capabilities->fields[0].field_id, Field("isSNMPSupported"));
-  EXPECT_EQ(capabilities->fields[1].field_id, Field("isNode"));
-  EXPECT_EQ(capabilities->fields[1].field_val->un.bool_val, 1);
-  QXwDbFreeFieldBindList(capabilities);
 }
 
 TEST_F(DbTest, ValuesByObjectsKeepOnePlacePerObject) {
@@ -78,8 +63,7 @@ TEST_F(DbTest, IntegerValuesReadAndWrite) {
 }
 
 TEST_F(DbTest, ObjectsByValueMatchEveryBindingInCreationOrder) {
-  QXwFieldValue yes = Value(QXW_FIELD_BOOLEAN, 1), node40 = Value(QXW_FIELD_INTEGER, 40),
-                net20 = Value(QXW_FIELD_INTEGER, 20), allBits = Value(QXW_FIELD_INTEGER, -1),
+  QXwFieldValue yes = Value(QXW_FIELD_BOOLEAN, 1), allBits = Value(QXW_FIELD_INTEGER, -1),
                 address = Value(QXW_FIELD_STRING, 0, "10.1.0.21"),
                 alias = Value(QXW_FIELD_STRING, 0, "beta");
   struct Case {
@@ -88,11 +72,6 @@ TEST_F(DbTest, ObjectsByValueMatchEveryBindingInCreationOrder) {
     Ids ids;
   } cases[] = {
       {"capability", {{Field("isInterface"), &yes}}, {41, 42, 43}},
-      {"interfaces of a node on a network",
-       {{Field("isInterface"), &yes},
-        {Field("TopM Network ID"), &net20},
-        {Field("TopM Node ID"), &node40}},
-       {41, 42}},
       {"address of an interface",
        {{Field("IP Address"), &address}, {Field("isInterface"), &yes}},
        {42}},
