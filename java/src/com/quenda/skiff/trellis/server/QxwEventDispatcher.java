@@ -42,7 +42,7 @@ public class QxwEventDispatcher {
     // beginMapSync to endMapSync; read under the read lock.
     private final ReentrantReadWriteLock mirrorLock = new ReentrantReadWriteLock();
     private final Map<Integer, Submap> submaps = new HashMap<>();
-    private final Map<Integer, MapSymbol> symbols = new HashMap<>();
+    private final MirroredSymbols symbols = new MirroredSymbols();
     private final Map<Integer, Properties> objectFieldValues = new HashMap<>();
     // The submap reported last, and the objects whose field values came with that report: what
     // a map open keeps of the mirror. Dispatcher thread only.
@@ -153,11 +153,7 @@ public class QxwEventDispatcher {
         applyToMirror(() -> {
             // A submap reported again replaces the old report and its symbols.
             Submap previous = submaps.put(submapId, submap);
-            if (previous != null) {
-                for (MapSymbol symbol : previous.getSymbols()) {
-                    symbols.remove(symbol.getSymbolId(), symbol);
-                }
-            }
+            if (previous != null) previous.forEachSymbol(symbols::removeExactly);
             lastReportedSubmap = submap;
             lastReportFieldValues.clear();
         });
@@ -187,7 +183,7 @@ public class QxwEventDispatcher {
     }
 
     private void putSymbol(MapSymbol symbol, boolean onItsSubmap) {
-        symbols.put(symbol.getSymbolId(), symbol);
+        symbols.put(symbol);
         Submap submap = onItsSubmap ? submaps.get(symbol.getSubmapId()) : null;
         if (submap != null) submap.putSymbol(symbol);
     }
@@ -343,30 +339,17 @@ public class QxwEventDispatcher {
     }
 
     protected void submapCreatedCB(int submapId, int parentObjectId) {
-        applyToMirror(() -> setChildSubmap(parentObjectId, 0, submapId));
+        applyToMirror(() -> symbols.setChildSubmap(parentObjectId, 0, submapId));
         tellListeners(l -> l.submapCreated(submapId, parentObjectId));
     }
 
     protected void submapDeletedCB(int submapId, int parentObjectId) {
         applyToMirror(() -> {
             Submap submap = submaps.remove(submapId);
-            if (submap != null) {
-                for (MapSymbol symbol : submap.getSymbols()) {
-                    symbols.remove(symbol.getSymbolId(), symbol);
-                }
-            }
-            setChildSubmap(parentObjectId, submapId, 0);
+            if (submap != null) submap.forEachSymbol(symbols::removeExactly);
+            symbols.setChildSubmap(parentObjectId, submapId, 0);
         });
         tellListeners(l -> l.submapDeleted(submapId, parentObjectId));
-    }
-
-    /** The symbols of the object that open into submap `from` open into `to` now. */
-    private void setChildSubmap(int objectId, int from, int to) {
-        for (MapSymbol symbol : symbols.values()) {
-            if (symbol.getObjectId() == objectId && symbol.getChildSubmapId() == from) {
-                symbol.setChildSubmapId(to);
-            }
-        }
     }
 
     protected void submapAutoLayoutChangeCB(int submapId, int parentObjectId, boolean layoutOn) {
@@ -392,9 +375,7 @@ public class QxwEventDispatcher {
             objectFieldValues.keySet().retainAll(lastReportFieldValues);
             if (root != null) {
                 submaps.put(rootSubmapId, root);
-                for (MapSymbol symbol : root.getSymbols()) {
-                    symbols.put(symbol.getSymbolId(), symbol);
-                }
+                root.forEachSymbol(symbols::put);
             }
         });
         tellListeners(l -> l.mapOpened(mapName, isReadOnly, rootSubmapId));

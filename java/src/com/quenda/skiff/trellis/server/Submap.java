@@ -3,6 +3,7 @@ package com.quenda.skiff.trellis.server;
 import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Map;
+import java.util.function.Consumer;
 
 /** A submap as the map platform reported it, with the symbols reported on it. */
 public class Submap {
@@ -36,6 +37,13 @@ public class Submap {
     public List<MapSymbol> getSymbols() {
         synchronized (symbols) {
             return List.copyOf(symbols.values());
+        }
+    }
+
+    /** Gives each symbol reported on this submap, in the platform's order, without a copy. */
+    void forEachSymbol(Consumer<MapSymbol> action) {
+        synchronized (symbols) {
+            symbols.values().forEach(action);
         }
     }
 
