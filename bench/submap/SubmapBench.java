@@ -9,7 +9,6 @@ import java.io.Writer;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
-import java.util.Arrays;
 import java.util.LinkedHashMap;
 import java.util.List;
 import java.util.Locale;
@@ -145,25 +144,9 @@ public final class SubmapBench {
         }
     }
 
-    private interface Report {
-        void run();
-    }
-
-    private static long time(Report report) {
-        long start = System.nanoTime();
-        report.run();
-        return System.nanoTime() - start;
-    }
-
-    private static double perSecond(int symbols, long[] nanos) {
-        long[] sorted = nanos.clone();
-        Arrays.sort(sorted);
-        return symbols / (sorted[sorted.length / 2] / 1e9);
-    }
-
     public static void main(String[] args) throws Exception {
         int symbols = args.length > 0 ? Integer.parseInt(args[0]) : 10_000;
-        int rounds = args.length > 1 ? Integer.parseInt(args[1]) : 21;
+        int rounds = args.length > 1 ? Integer.parseInt(args[1]) : 101;
         writeMap(Path.of(System.getenv("QXW_MAP")), symbols);
         System.loadLibrary("skiffsubmapbench");
 
@@ -174,10 +157,10 @@ public final class SubmapBench {
         if (client.awaitConnectionResults(60, TimeUnit.SECONDS) == null) {
             throw new IllegalStateException("the dispatcher reported no connection results");
         }
-        Report withLibrary = () -> {
+        Runnable withLibrary = () -> {
             if (!client.getSubmapAndSymbols(SUBMAP)) throw new IllegalStateException("answered 0");
         };
-        Report withNativeLoop = () -> replay(dispatcher);
+        Runnable withNativeLoop = () -> replay(dispatcher);
         client.getSubmapAndSymbols(0);  // makes the one connection
         withLibrary.run();
         checkReport(dispatcher, symbols);
@@ -189,34 +172,46 @@ public final class SubmapBench {
         for (int withValues = 0; withValues < 2; withValues++) {
             dispatcher.fieldValuesHeld = withValues == 0;
             for (int warmUp = 0; warmUp < 3; warmUp++) {
-                time(withLibrary);
-                time(withNativeLoop);
+                BenchSupport.time(withLibrary);
+                BenchSupport.time(withNativeLoop);
             }
             for (int r = 0; r < rounds; r++) {
-                library[withValues][r] = time(withLibrary);
-                nativeLoop[withValues][r] = time(withNativeLoop);
+                // Each goes first in every other round.
+                if (r % 2 == 0) library[withValues][r] = BenchSupport.time(withLibrary);
+                nativeLoop[withValues][r] = BenchSupport.time(withNativeLoop);
+                if (r % 2 == 1) library[withValues][r] = BenchSupport.time(withLibrary);
             }
         }
 
         StringBuilder table = new StringBuilder();
         String[] names = {"without field values", "with field values (10 per object)"};
         for (int withValues = 0; withValues < 2; withValues++) {
-            double reported = perSecond(symbols, library[withValues]);
-            double baseline = perSecond(symbols, nativeLoop[withValues]);
-            table.append(String.format(Locale.ROOT, "| %s | %,.0f | %,.0f | %.2f |%n",
-                    names[withValues], reported, baseline, baseline / reported));
+            long[] lib = library[withValues];
+            long[] loop = nativeLoop[withValues];
+            long libP50 = BenchSupport.percentile(lib, rounds, 0.50);
+            long libP99 = BenchSupport.percentile(lib, rounds, 0.99);
+            long loopP50 = BenchSupport.percentile(loop, rounds, 0.50);
+            long loopP99 = BenchSupport.percentile(loop, rounds, 0.99);
+            table.append(String.format(Locale.ROOT,
+                    "| %s | %s | %s | %s | %s | %,.0f | %.2f | %.2f |%n", names[withValues],
+                    BenchSupport.duration(libP50), BenchSupport.duration(libP99),
+                    BenchSupport.duration(loopP50), BenchSupport.duration(loopP99),
+                    symbols / (libP50 / 1e9), (double) libP50 / loopP50,
+                    (double) libP99 / loopP99));
         }
         System.out.printf(Locale.ROOT, "## Submap report%n%n"
                 + "A submap of %,d node symbols reported to the Java dispatcher by one submap"
                 + " request (request, platform look-ups, rendering and upcalls), against a native"
                 + " loop making the same upcalls with the same arguments and no platform in"
                 + " between. With field values, the dispatcher lacks every object's values, so"
-                + " each symbol also brings a Properties of 10 entries. Median of %d rounds each,"
-                + " alternating; no garbage is collected meanwhile, so neither side pays for the"
-                + " other's.%n%n"
-                + "| report | library (symbols/s) | native loop (symbols/s) | ratio |%n"
-                + "|---|---:|---:|---:|%n%s%n"
-                + "Goal: ratio below 1.5 with field values.%n",
+                + " each symbol also brings a Properties of 10 entries. %d rounds each,"
+                + " alternating, each side first in every other round; the JVM's default"
+                + " garbage collector, heap fixed at 1g and touched up front, so each side pays"
+                + " for the garbage of its own reports as a server would.%n%n"
+                + "| report | library p50 | library p99 | native loop p50 | native loop p99"
+                + " | library symbols/s at p50 | ratio p50 | ratio p99 |%n"
+                + "|---|---:|---:|---:|---:|---:|---:|---:|%n%s%n"
+                + "Goal: ratio within 1.15 with field values.%n",
                 symbols, rounds, table);
         System.exit(0);
     }
