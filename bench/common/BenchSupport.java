@@ -41,10 +41,14 @@ public final class BenchSupport {
      * when the threads cannot be kept on one CPU.
      */
     static QxwInterface connectOnOneCpu(String bench) {
+        return connectOnOneCpu(bench, new QxwEventDispatcher());
+    }
+
+    /** The same, with the dispatcher given. */
+    static QxwInterface connectOnOneCpu(String bench, QxwEventDispatcher dispatcher) {
         if (stayOnThisCpu() < 0) {
             System.err.println(bench + ": the threads could not be kept on one CPU");
         }
-        QxwEventDispatcher dispatcher = new QxwEventDispatcher();
         QxwInterface client = new QxwInterface(dispatcher);
         client.open(false, false, false);
         dispatcher.startDispatcherThread(false, false, false, false);
@@ -189,6 +193,25 @@ public final class BenchSupport {
     static String duration(double nanos) {
         if (Math.abs(nanos) >= 1e6) return String.format(Locale.ROOT, "%.2f ms", nanos / 1e6);
         return String.format(Locale.ROOT, "%.1f µs", nanos / 1e3);
+    }
+
+    /**
+     * Adds one point to the series of an operation, for the plots of how costs grow: the
+     * operation's size (objects, interfaces, symbols, depth), its p50 and p99 and its platform
+     * calls, beside the floor's p50. Goes to SKIFF_BENCH_SERIES/OPERATION.tsv, whose first line
+     * (written by the first point) names the operation and its size; nothing when the variable
+     * is unset. {@code operation} is a file name.
+     */
+    static void series(String operation, String title, String sizeName, long size, Rounds rounds,
+            long platformCalls) throws IOException {
+        String dir = System.getenv("SKIFF_BENCH_SERIES");
+        if (dir == null || dir.isEmpty()) return;
+        Path file = Path.of(dir, operation + ".tsv");
+        Files.createDirectories(file.getParent());
+        String head = Files.exists(file) ? "" : "# " + title + "\t" + sizeName + "\n";
+        Files.writeString(file, head + String.format(Locale.ROOT, "%d\t%d\t%d\t%d\t%d%n", size,
+                rounds.subject(0.50), rounds.subject(0.99), rounds.baseline(0.50), platformCalls),
+                StandardOpenOption.CREATE, StandardOpenOption.APPEND);
     }
 
     /** Appends a table row to a file, prefixed by its sort key and a tab. */
