@@ -3,9 +3,11 @@ package com.quenda.skiff.trellis.server;
 import static org.junit.jupiter.api.Assertions.assertEquals;
 import static org.junit.jupiter.api.Assertions.assertNull;
 import static org.junit.jupiter.api.Assertions.assertTrue;
+import static java.nio.charset.StandardCharsets.UTF_8;
 
 import java.io.IOException;
 import java.io.UncheckedIOException;
+import java.nio.charset.Charset;
 import java.util.ArrayList;
 import java.util.HashMap;
 import java.util.List;
@@ -97,8 +99,11 @@ class MapEventsTest extends OneSessionTest {
                     refresh(2, 200, 1, 5, 6, 0, 202, 2, 200, 0, 200),
                     List.of("endMapSync()"));
         }
+        // Platform text crosses in the default character set, whatever its characters.
+        String label = "printer \u2603\uD834\uDD1E";
+        String shown = new String(label.getBytes(UTF_8), Charset.defaultCharset());
         String printer = "create-symbol {\"id\": 203, \"submap\": 2, \"object\": 17, \"label\":"
-                + " \"printer\", \"type\": \"Computer:Printer\", \"variety\": 1, \"plane\": 2,"
+                + " \"" + label + "\", \"type\": \"Computer:Printer\", \"variety\": 1, \"plane\": 2,"
                 + " \"placement\": 1, \"x\": 60, \"y\": 70}";
         String link = "create-symbol {\"id\": 204, \"submap\": 2, \"object\": 12, \"type\":"
                 + " \"Connection:IP\", \"variety\": 2, \"plane\": 2, \"endpoint1\": 200,"
@@ -134,11 +139,11 @@ class MapEventsTest extends OneSessionTest {
                 new Case("autolayout 5 1", () -> bracket("submapAutoLayoutChangeCB(5, 0, true)",
                                 refresh(5, 501, 1, 8, 9, 0, 502, 1, 40, 9, 0))),
                 new Case(printer, () -> bracket("submapInCache(2)",
-                        "addNodeSymbol(203, 2, printer, , Computer:Printer, 2, 0, 17, 0, false, 1, 60,"
-                                + " 70, 0, 0)",
+                        "addNodeSymbol(203, 2, " + shown + ", , Computer:Printer, 2, 0, 17, 0,"
+                                + " false, 1, 60, 70, 0, 0)",
                         "qxwdbObjectFieldValuesInCache(17)",
                         "setQxwdbObjectFieldValues(17, {Selection Name=printer})",
-                        "symbolCreatedCB(MapNodeSymbol(203 \"printer\" on submap 2), 2)",
+                        "symbolCreatedCB(MapNodeSymbol(203 \"" + shown + "\" on submap 2), 2)",
                         refreshOf2.get())),
                 new Case(link, () -> bracket("submapInCache(2)",
                         "addConnectionSymbol(204, 2, , Connection:IP, 2, 0, 12, 0, false, 200,"
