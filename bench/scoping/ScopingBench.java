@@ -92,6 +92,8 @@ public final class ScopingBench {
                 rounds.ratio(), duration(rounds.pauseMillis * 1e6 / rounds.count)));
         if (callsFile.toString().equals("-")) return;
         long total = calls.total();
+        BenchSupport.series("scoping", "bulk location scoping", "network objects", listed,
+                rounds, total);
         append(callsFile, key, String.format(Locale.ROOT,
                 "| %s | %,d | %,d | %s | %,d | %,d | %,d | %,d | %.2f | %,d |",
                 mapLabel, listed, alone[4], walks < 0 ? "–" : String.format(Locale.ROOT, "%,d",
@@ -138,6 +140,8 @@ public final class ScopingBench {
                     duration(rounds.baseline(0.99)), rounds.share(), rounds.ratio(),
                     calls.of("QXwGetSubmapInfo"), calls.of("QXwGetSymbolsByObject"),
                     calls.total(), rowCalls.total()));
+            BenchSupport.series("paths", "parent path of one symbol", "submaps below the root",
+                    depth, rounds, calls.total());
         }
     }
 
