@@ -86,6 +86,15 @@ const JavaPeer* BindClass(JNIEnv* pEnv, const char* className,
   return peer;
 }
 
+LocalFrame::LocalFrame(JNIEnv* pEnv, jint capacity) {
+  if (pEnv == nullptr) return;
+  if (pEnv->PushLocalFrame(capacity) == 0) {
+    env_ = pEnv;
+  } else {
+    Threw(pEnv, "JNI function", "PushLocalFrame");
+  }
+}
+
 bool Threw(JNIEnv* pEnv, const char* kind, const char* name) {
   if (!pEnv->ExceptionCheck()) return false;
   std::fprintf(stderr, "%s %s threw an exception\n", kind, name);

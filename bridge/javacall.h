@@ -71,6 +71,29 @@ class LocalRef {
   T ref_ = nullptr;
 };
 
+// A frame of local references around one unit of work: every local
+// reference made while it lives is gone when it ends, as when a native
+// method returns. A thread that stays in one native call for good (the
+// dispatcher thread in its event loop) opens one per event, so that the
+// virtual machine's table of its local references never grows with the
+// references it has deleted, which makes every later JNI call of the thread
+// slower. A null environment, or a frame that cannot be opened (said on
+// standard error), leaves references as they are.
+class LocalFrame {
+ public:
+  // `capacity` is the number of references the work holds at once at most.
+  LocalFrame(JNIEnv* pEnv, jint capacity);
+  ~LocalFrame() {
+    if (env_ != nullptr) env_->PopLocalFrame(nullptr);
+  }
+
+  LocalFrame(const LocalFrame&) = delete;
+  LocalFrame& operator=(const LocalFrame&) = delete;
+
+ private:
+  JNIEnv* env_ = nullptr;  // null when no frame was opened
+};
+
 // A Java method known by name and JNI signature. `slot` is its place in the
 // method table of the peers that call it.
 struct JavaMethod {

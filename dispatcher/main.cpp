@@ -38,6 +38,10 @@ SKIFF_DISPATCHER_FIELDS(SKIFF_DEFINE_FIELD_ID)
 
 namespace {
 
+// The local references one event or request holds at once at most: a
+// handful (every one is deleted as soon as the call that needed it returns).
+constexpr jint kLocalReferencesPerEvent = 32;
+
 // The dispatcher thread while it serves requests; none otherwise.
 std::atomic<std::thread::id> s_dispatcherThread{};
 
@@ -117,7 +121,12 @@ bool QxwEventDispatcher::Connect() {
 
 void QxwEventDispatcher::Listen() {
   SKIFF_TRACE("QxwEventDispatcher::Listen");
-  while (QXwProcessEvent() >= 0) {
+  JNIEnv* pEnv = skiff::jni::AttachedEnv();
+  for (;;) {
+    // Each event and request gets a frame of its own: this thread never
+    // returns from its native call to let the virtual machine reset them.
+    skiff::jni::LocalFrame frame(pEnv, kLocalReferencesPerEvent);
+    if (QXwProcessEvent() < 0) break;
   }
   if (!m_sessionEnded) {
     const char* text = QXwErrorMsg(QXwError());
