@@ -2,6 +2,7 @@
 // handed to Java as a java.util.Properties.
 #include "dispatcher/fieldvalues.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <memory>
@@ -62,6 +63,8 @@ std::vector<ToolTipProperty> RenderToolTipFields(const QXwFieldBindList& binding
                                                  const ToolTipFields& toolTipFields, bool isLargeDb,
                                                  const FieldInfoTables& tables) {
   std::vector<ToolTipProperty> properties;
+  // One per binding at most, and two more when the interface list gives three.
+  properties.reserve(static_cast<size_t>(std::max(bindings.count, 0)) + 2);
   for (int i = 0; i < bindings.count; ++i) {
     const QXwFieldBinding& binding = bindings.fields[i];
     const QXwFieldValue* value = binding.field_val;
