@@ -2,9 +2,16 @@ package com.quenda.skiff.trellis.bench;
 
 import com.quenda.skiff.trellis.server.QxwEventDispatcher;
 import com.quenda.skiff.trellis.server.QxwInterface;
+import java.io.BufferedReader;
 import java.io.IOException;
+import java.io.OutputStream;
+import java.io.UncheckedIOException;
 import java.lang.management.GarbageCollectorMXBean;
 import java.lang.management.ManagementFactory;
+import java.net.UnixDomainSocketAddress;
+import java.nio.channels.Channels;
+import java.nio.channels.SocketChannel;
+import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.nio.file.StandardOpenOption;
@@ -144,6 +151,38 @@ public final class BenchSupport {
         /** The subject's p50 over the baseline's. */
         String ratio() {
             return String.format(Locale.ROOT, "%.2f", (double) subject(0.50) / baseline(0.50));
+        }
+    }
+
+    /** The emulator's control socket (the path in QXW_CONTROL). */
+    static final class Control {
+        private final BufferedReader replies;
+        private final OutputStream commands;
+
+        Control() throws IOException {
+            SocketChannel channel =
+                    SocketChannel.open(UnixDomainSocketAddress.of(System.getenv("QXW_CONTROL")));
+            replies = new BufferedReader(Channels.newReader(channel, StandardCharsets.UTF_8));
+            commands = Channels.newOutputStream(channel);
+        }
+
+        /**
+         * Sends the commands at once, then reads a reply for each; any that is not a success
+         * throws. With "sync" last, returns once the events of the others have been handled.
+         */
+        void run(String... lines) {
+            try {
+                commands.write((String.join("\n", lines) + "\n").getBytes(StandardCharsets.UTF_8));
+                commands.flush();
+                for (String line : lines) {
+                    String reply = replies.readLine();
+                    if (reply == null || !reply.contains("\"ok\":true")) {
+                        throw new IllegalStateException(line + " -> " + reply);
+                    }
+                }
+            } catch (IOException e) {
+                throw new UncheckedIOException(e);
+            }
         }
     }
 

@@ -4,23 +4,15 @@ import static com.quenda.skiff.trellis.bench.BenchSupport.append;
 import static com.quenda.skiff.trellis.bench.BenchSupport.duration;
 
 import com.quenda.skiff.trellis.bench.BenchSupport.Calls;
+import com.quenda.skiff.trellis.bench.BenchSupport.Control;
 import com.quenda.skiff.trellis.bench.BenchSupport.RoundLimits;
 import com.quenda.skiff.trellis.bench.BenchSupport.Rounds;
-import com.quenda.skiff.trellis.server.QxwEventDispatcher;
 import com.quenda.skiff.trellis.server.QxwInterface;
-import java.io.BufferedReader;
 import java.io.IOException;
-import java.io.OutputStream;
-import java.io.UncheckedIOException;
 import java.io.Writer;
-import java.net.UnixDomainSocketAddress;
-import java.nio.channels.Channels;
-import java.nio.channels.SocketChannel;
-import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.Locale;
-import java.util.concurrent.TimeUnit;
 
 /**
  * Map events on one symbol of a submap of N node symbols that the Java dispatcher has loaded,
@@ -82,34 +74,6 @@ public final class EventsBench {
         }
     }
 
-    /** The emulator's control socket: a command, then sync, each waiting for its reply. */
-    private static final class Control {
-        private final BufferedReader replies;
-        private final OutputStream commands;
-
-        Control() throws IOException {
-            SocketChannel channel =
-                    SocketChannel.open(UnixDomainSocketAddress.of(System.getenv("QXW_CONTROL")));
-            replies = new BufferedReader(Channels.newReader(channel, StandardCharsets.UTF_8));
-            commands = Channels.newOutputStream(channel);
-        }
-
-        void run(String command) {
-            try {
-                commands.write((command + "\nsync\n").getBytes(StandardCharsets.UTF_8));
-                commands.flush();
-                for (String line : new String[] {command, "sync"}) {
-                    String reply = replies.readLine();
-                    if (reply == null || !reply.contains("\"ok\":true")) {
-                        throw new IllegalStateException(line + " -> " + reply);
-                    }
-                }
-            } catch (IOException e) {
-                throw new UncheckedIOException(e);
-            }
-        }
-    }
-
     public static void main(String[] args) throws Exception {
         int symbols = Integer.parseInt(args[0]);
         writeMap(Path.of(args[1]), symbols);
@@ -126,8 +90,8 @@ public final class EventsBench {
         for (int e = 0; e < EVENTS.length; e++) {
             Event event = EVENTS[e];
             int[] round = {0, 0};
-            Runnable onLoaded = () -> control.run(event.command(round[0]++, loaded));
-            Runnable onNotLoaded = () -> control.run(event.command(round[1]++, notLoaded));
+            Runnable onLoaded = () -> control.run(event.command(round[0]++, loaded), "sync");
+            Runnable onNotLoaded = () -> control.run(event.command(round[1]++, notLoaded), "sync");
             Rounds rounds = new Rounds(onLoaded, onNotLoaded, limits);
             Calls calls = Calls.of(onLoaded);
             Calls floorCalls = Calls.of(onNotLoaded);

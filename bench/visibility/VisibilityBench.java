@@ -4,18 +4,13 @@ import static com.quenda.skiff.trellis.bench.BenchSupport.append;
 import static com.quenda.skiff.trellis.bench.BenchSupport.duration;
 
 import com.quenda.skiff.trellis.bench.BenchSupport.Calls;
+import com.quenda.skiff.trellis.bench.BenchSupport.Control;
 import com.quenda.skiff.trellis.bench.BenchSupport.RoundLimits;
 import com.quenda.skiff.trellis.bench.BenchSupport.Rounds;
 import com.quenda.skiff.trellis.server.QxwEventDispatcher;
 import com.quenda.skiff.trellis.server.QxwInterface;
 import java.io.BufferedReader;
 import java.io.IOException;
-import java.io.OutputStream;
-import java.io.UncheckedIOException;
-import java.net.UnixDomainSocketAddress;
-import java.nio.channels.Channels;
-import java.nio.channels.SocketChannel;
-import java.nio.charset.StandardCharsets;
 import java.nio.file.Files;
 import java.nio.file.Path;
 import java.util.ArrayList;
@@ -73,32 +68,6 @@ public final class VisibilityBench {
         }
     }
 
-    /** The emulator's control socket, for "sync". */
-    private static final class Sync {
-        private final BufferedReader replies;
-        private final OutputStream commands;
-
-        Sync() throws IOException {
-            SocketChannel channel =
-                    SocketChannel.open(UnixDomainSocketAddress.of(System.getenv("QXW_CONTROL")));
-            replies = new BufferedReader(Channels.newReader(channel, StandardCharsets.UTF_8));
-            commands = Channels.newOutputStream(channel);
-        }
-
-        void await() {
-            try {
-                commands.write("sync\n".getBytes(StandardCharsets.UTF_8));
-                commands.flush();
-                String reply = replies.readLine();
-                if (reply == null || !reply.contains("\"ok\":true")) {
-                    throw new IllegalStateException("sync -> " + reply);
-                }
-            } catch (IOException e) {
-                throw new UncheckedIOException(e);
-            }
-        }
-    }
-
     /** The interface objects of the map, in the order of the file. */
     private static List<Integer> interfaces(Path map) throws IOException {
         List<Integer> ids = new ArrayList<>();
@@ -119,35 +88,35 @@ public final class VisibilityBench {
 
         HiddenSymbols dispatcher = new HiddenSymbols();
         QxwInterface client = BenchSupport.connectOnOneCpu("VisibilityBench", dispatcher);
-        Sync sync = new Sync();
+        Control control = new Control();
         for (int size : SIZES) {
             if (size > all.size()) break;
             int[] interfaces = all.subList(0, size).stream().mapToInt(Integer::intValue).toArray();
             // The symbols the request changes, shown again before anything is timed.
-            sync.await();
+            control.run("sync");
             dispatcher.take();
             dispatcher.discovering = true;
             client.setInterfaceAndNodeVisibilityState(interfaces, true);
-            sync.await();
+            control.run("sync");
             dispatcher.discovering = false;
             int[] symbols = dispatcher.take();
             client.setInterfaceAndNodeVisibilityState(interfaces, false);
-            sync.await();
+            control.run("sync");
             if (symbols.length < size) {
                 throw new IllegalStateException(size + " interfaces hid " + symbols.length
                         + " symbols");
             }
             Runnable request = () -> {
                 client.setInterfaceAndNodeVisibilityState(interfaces, true);
-                sync.await();
+                control.run("sync");
                 client.setInterfaceAndNodeVisibilityState(interfaces, false);
-                sync.await();
+                control.run("sync");
             };
             Runnable direct = () -> {
                 client.setSymbolVisibilityState(symbols, true);
-                sync.await();
+                control.run("sync");
                 client.setSymbolVisibilityState(symbols, false);
-                sync.await();
+                control.run("sync");
             };
             Rounds rounds = new Rounds(request, direct, limits);
             Calls calls = Calls.of(request);
