@@ -12,6 +12,7 @@
 
 #include "bridge/text.h"
 #include "bridge/tracescope.h"
+#include "channel/fifolock.h"
 #include "channel/protocol.h"
 #include "channel/socketio.h"
 #include "dispatcher/main.h"
@@ -42,8 +43,8 @@ skiff::jni::PeerRegistry& Peers() {
 }
 
 // Held while a request is sent and its answer read, and while the connection
-// is made or closed.
-std::mutex s_requestLock;
+// is made or closed; taken in the order the threads ask.
+skiff::channel::FifoLock s_requestLock;
 // The client socket's port (network byte order), published before it
 // connects.
 std::atomic<in_port_t> s_clientPort{0};
@@ -120,7 +121,7 @@ int Request(const char* operation, const FormatRequest& format) {
                  operation);
     return 0;
   }
-  std::lock_guard<std::mutex> lock(s_requestLock);
+  std::lock_guard<skiff::channel::FifoLock> lock(s_requestLock);
   Message request;
   size_t length = format(request);
   return Exchange(operation, request, length);
@@ -161,7 +162,7 @@ const skiff::jni::JavaPeer* QxwInterface::Peer() { return Peers().Current(); }
 
 void QxwInterface::Close() {
   SKIFF_TRACE("QxwInterface::Close");
-  std::lock_guard<std::mutex> lock(s_requestLock);
+  std::lock_guard<skiff::channel::FifoLock> lock(s_requestLock);
   if (s_ThreadCallbackSocketDescriptor != 0) close(s_ThreadCallbackSocketDescriptor);
   s_ThreadCallbackSocketDescriptor = 0;
 }

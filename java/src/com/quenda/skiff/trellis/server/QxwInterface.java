@@ -5,6 +5,7 @@ import java.util.List;
 import java.util.Map;
 import java.util.Set;
 import java.util.concurrent.TimeUnit;
+import java.util.concurrent.locks.ReentrantLock;
 import java.util.function.Function;
 
 /**
@@ -29,7 +30,9 @@ public class QxwInterface {
             boolean readOnly) {}
 
     private final QxwEventDispatcher dispatcher;
-    private final Object requestLock = new Object();
+    // Held from storing a request's arguments to taking its results; fair, so that threads take
+    // their turns in the order they came.
+    private final ReentrantLock requestLock = new ReentrantLock(true);
     private final Object resultsLock = new Object();
     private ConnectionResults connectionResults;  // guarded by resultsLock
     /** The thread that runs the dispatcher's connect and event loop; null before connect. */
@@ -151,12 +154,15 @@ public class QxwInterface {
      */
     public Map<Integer, Set<Integer>> getLocationScopingInfo() {
         refuseOnDispatcherThread("getLocationScopingInfo");
-        synchronized (requestLock) {
+        requestLock.lock();
+        try {
             Map<Integer, Set<Integer>> locations =
                     collect(new String[0], results -> results.locations,
                             this::getLocationScopingInfoInternal);
             dispatcher.setNetworkLocations(locations);
             return locations;
+        } finally {
+            requestLock.unlock();
         }
     }
 
@@ -166,7 +172,8 @@ public class QxwInterface {
      */
     private <T> T collect(String[] rootObjectSelectionNames,
             Function<QxwEventDispatcher.RequestResults, T> take, Runnable request) {
-        synchronized (requestLock) {
+        requestLock.lock();
+        try {
             QxwEventDispatcher.RequestResults results = new QxwEventDispatcher.RequestResults();
             dispatcher.setRootObjectSelectionNames(rootObjectSelectionNames);
             dispatcher.collectResults(results);
@@ -176,47 +183,64 @@ public class QxwInterface {
                 dispatcher.collectResults(null);
             }
             return take.apply(results);
+        } finally {
+            requestLock.unlock();
         }
     }
 
     public void setAcknowledgeState(int[] objectIds, boolean doAcknowledge) {
         refuseOnDispatcherThread("setAcknowledgeState");
-        synchronized (requestLock) {
+        requestLock.lock();
+        try {
             dispatcher.setRequestIds(objectIds);
             setAcknowledgeState(doAcknowledge, objectIds.length);
+        } finally {
+            requestLock.unlock();
         }
     }
 
     public void setManageState(int[] objectIds, boolean doManage) {
         refuseOnDispatcherThread("setManageState");
-        synchronized (requestLock) {
+        requestLock.lock();
+        try {
             dispatcher.setRequestIds(objectIds);
             setManageState(doManage, objectIds.length);
+        } finally {
+            requestLock.unlock();
         }
     }
 
     public void setSymbolVisibilityState(int[] symbolIds, boolean doSetHidden) {
         refuseOnDispatcherThread("setSymbolVisibilityState");
-        synchronized (requestLock) {
+        requestLock.lock();
+        try {
             dispatcher.setRequestIds(symbolIds);
             setSymbolVisibilityStateInternal(doSetHidden, symbolIds.length);
+        } finally {
+            requestLock.unlock();
         }
     }
 
     public void setInterfaceAndNodeVisibilityState(int[] interfaceObjectIds,
             boolean doSetHidden) {
         refuseOnDispatcherThread("setInterfaceAndNodeVisibilityState");
-        synchronized (requestLock) {
+        requestLock.lock();
+        try {
             dispatcher.setRequestIds(interfaceObjectIds);
             setInterfaceAndNodeVisibilityStateInternal(doSetHidden, interfaceObjectIds.length);
+        } finally {
+            requestLock.unlock();
         }
     }
 
     public void deleteAllSymbolsForObjects(int[] objectIds) {
         refuseOnDispatcherThread("deleteAllSymbolsForObjects");
-        synchronized (requestLock) {
+        requestLock.lock();
+        try {
             dispatcher.setRequestIds(objectIds);
             deleteAllSymbolsForObjectsInternal(objectIds.length);
+        } finally {
+            requestLock.unlock();
         }
     }
 
