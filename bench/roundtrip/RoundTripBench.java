@@ -9,7 +9,6 @@ import java.net.InetAddress;
 import java.net.ServerSocket;
 import java.net.Socket;
 import java.nio.charset.StandardCharsets;
-import java.util.Arrays;
 import java.util.Locale;
 import java.util.concurrent.TimeUnit;
 
@@ -102,15 +101,15 @@ public final class RoundTripBench {
         }
     }
 
-    private static double medianMicros(long[] samples) {
-        long[] sorted = samples.clone();
-        Arrays.sort(sorted);
-        return sorted[sorted.length / 2] / 1000.0;
-    }
+    // In floors.cpp: round trips of the same messages between two native threads, each one's
+    // time in the samples; kind 0: blocking reads on loopback TCP, 1: a condition variable,
+    // 2: both threads spinning.
+    private static native void floor(int kind, long[] samples);
 
     public static void main(String[] args) throws Exception {
         int rounds = args.length > 0 ? Integer.parseInt(args[0]) : 20;
         int perRound = args.length > 1 ? Integer.parseInt(args[1]) : 2000;
+        System.loadLibrary("skiffroundtripbench");
 
         QxwEventDispatcher dispatcher = new ConstantRows();
         QxwInterface client = new QxwInterface(dispatcher);
@@ -124,30 +123,54 @@ public final class RoundTripBench {
         RoundTrip request = () -> {
             if (!client.getSymbolRowData(1, 2, 3)) throw new IllegalStateException("answered 0");
         };
-        long[] requestSamples = new long[rounds * perRound];
-        long[] pingPongSamples = new long[rounds * perRound];
+        // Each measure, then its samples: the request, the JVM ping-pong, the native floors.
+        String[] names = {"row data request", "loopback TCP ping-pong, two Java threads",
+            "loopback TCP, two native threads", "condition variable, two native threads",
+            "spinning, two native threads"};
+        long[][] samples = new long[names.length][rounds * perRound];
+        long[] round = new long[perRound];
         try (PingPong pingPong = new PingPong()) {
-            measure(request, new long[perRound], 0, perRound);  // warm-up
-            measure(pingPong::roundTrip, new long[perRound], 0, perRound);
+            RoundTrip[] measures = {request, pingPong::roundTrip};
+            for (int warmUp = 0; warmUp < 2; warmUp++) {
+                for (RoundTrip m : measures) measure(m, new long[perRound], 0, perRound);
+                for (int kind = 0; kind < 3; kind++) floor(kind, round);
+            }
             for (int r = 0; r < rounds; r++) {
-                measure(request, requestSamples, r * perRound, perRound);
-                measure(pingPong::roundTrip, pingPongSamples, r * perRound, perRound);
+                for (int m = 0; m < measures.length; m++) {
+                    measure(measures[m], samples[m], r * perRound, perRound);
+                }
+                for (int kind = 0; kind < 3; kind++) {
+                    floor(kind, round);
+                    System.arraycopy(round, 0, samples[2 + kind], r * perRound, perRound);
+                }
             }
         }
 
-        double requestMedian = medianMicros(requestSamples);
-        double pingPongMedian = medianMicros(pingPongSamples);
+        int n = rounds * perRound;
+        long requestP50 = BenchSupport.percentile(samples[0], n, 0.50);
+        long requestP99 = BenchSupport.percentile(samples[0], n, 0.99);
+        StringBuilder rows = new StringBuilder();
+        for (int m = 0; m < names.length; m++) {
+            long p50 = BenchSupport.percentile(samples[m], n, 0.50);
+            long p99 = BenchSupport.percentile(samples[m], n, 0.99);
+            rows.append(String.format(Locale.ROOT, "| %s | %s | %s | %s |%n", names[m],
+                    BenchSupport.duration(p50), BenchSupport.duration(p99),
+                    m == 0 ? "" : String.format(Locale.ROOT, "%.2f / %.2f",
+                            (double) requestP50 / p50, (double) requestP99 / p99)));
+        }
         System.out.printf(Locale.ROOT, "## Request round trip%n%n"
                 + "Row data request (request 2, %d bytes; answer %d bytes) from a Java thread,"
                 + " served on the dispatcher thread by a Java getSymbolRowData that returns a"
-                + " constant; baseline: loopback TCP ping-pong of the same sizes between two"
-                + " threads of the same JVM. %d round trips each, in %d alternating rounds.%n%n"
-                + "| measure | median |%n|---|---:|%n"
-                + "| row data request | %.1f µs |%n"
-                + "| loopback TCP ping-pong | %.1f µs |%n"
-                + "| ratio (goal below 1.5) | %.2f |%n",
-                REQUEST.length, ANSWER.length, rounds * perRound, rounds, requestMedian,
-                pingPongMedian, requestMedian / pingPongMedian);
+                + " constant, beside the floors: a loopback TCP ping-pong of the same sizes"
+                + " between two threads of the same JVM, and the same exchange between two native"
+                + " threads by blocking reads on loopback TCP (the channel's means), by a"
+                + " condition variable (no socket) and with both threads spinning (no sleep)."
+                + " %,d round trips each, in %d rounds, each measure in turn. Default garbage"
+                + " collector.%n%n"
+                + "| measure | p50 | p99 | request over this, p50 / p99 |%n"
+                + "|---|---:|---:|---:|%n%s%n"
+                + "Goal: the request within 1.5 times the JVM ping-pong at p50.%n",
+                REQUEST.length, ANSWER.length, n, rounds, rows);
         System.exit(0);
     }
 }
