@@ -21,9 +21,6 @@
 #include "platform/recordowners.h"
 #include "search/findobject.h"
 
-namespace skiff::search {
-struct FoundSymbolTexts;  // search/findsymbol.h
-}  // namespace skiff::search
 class NetworkSubmapNodeInterfacesHashtable;
 class ObjectSymbolInfoHashtable;
 class QXwChildSubmapIdHashtable;
@@ -303,14 +300,11 @@ class QxwEventDispatcher {
   static void GetMatchingSymbols(QUERY_CATEGORY_TYPE queryCategoryType,
                                  QUERY_MATCH_TYPE queryMatchType, const char* queryString,
                                  int numRootObjects);
-  // One addFoundSymbolInfo call; a null text reaches Java as "". With
-  // `texts`, the submap name, selection name and type come from that cache
-  // (one search's), which makes each different text once.
+  // One addFoundSymbolInfo call; a null text reaches Java as "".
   static void AddFoundSymbolInfo(JNIEnv* pEnv, const char* symbolLabel, const char* submapName,
                                  const char* objectSelectionName, QXwObjectId objectId,
                                  QXwSymbolId symbolId, QXwSubmapId submapId, const char* symbolType,
-                                 QXwStatusType symbolStatus,
-                                 skiff::search::FoundSymbolTexts* texts = nullptr);
+                                 QXwStatusType symbolStatus);
   // The selection name of the node with that host name or address (the
   // database's own look-up), else of the node of the first interface, in
   // the database's order, that carries the address and whose "TopM Node ID"

@@ -102,15 +102,12 @@ class ObjectSymbols {
   ObjectSymbolInfoHashtable objectSymbols_;
 };
 
-// A sink that reports each symbol to Java with one addFoundSymbolInfo,
-// making the strings that recur once; they live as long as the sink.
+// A sink that reports each symbol to Java with one addFoundSymbolInfo.
 FindSymbol::FoundSymbolSink FoundSymbolReporter(JNIEnv* pEnv) {
-  auto texts = std::make_shared<skiff::search::FoundSymbolTexts>(pEnv);
-  return [pEnv, texts](const QXwSymbolInfo& symbol, const char* submapName,
-                       const char* selectionName) {
+  return [pEnv](const QXwSymbolInfo& symbol, const char* submapName, const char* selectionName) {
     QxwEventDispatcher::AddFoundSymbolInfo(
         pEnv, symbol.symbol_label, submapName, selectionName, symbol.object.object_id,
-        symbol.symbol_id, symbol.submap_id, symbol.symbol_type, symbol.symbol_status, texts.get());
+        symbol.symbol_id, symbol.submap_id, symbol.symbol_type, symbol.symbol_status);
   };
 }
 

@@ -14,23 +14,7 @@
 
 #include <functional>
 
-#include "bridge/textcache.h"
 #include "platform/qxwrecords.h"
-
-namespace skiff::search {
-
-// The Java strings of one search's found symbols that recur from hit to
-// hit: a cache for each text of an upcall, so that none of them makes room
-// by deleting another's string while the upcall still needs it.
-struct FoundSymbolTexts {
-  explicit FoundSymbolTexts(JNIEnv* pEnv)
-      : submapNames(pEnv, 4), selectionNames(pEnv, 1), types(pEnv, 4) {}
-  skiff::jni::JavaTexts submapNames;
-  skiff::jni::JavaTexts selectionNames;  // an object's symbols come one after another
-  skiff::jni::JavaTexts types;
-};
-
-}  // namespace skiff::search
 
 class ObjectSymbolInfoHashtable;
 class QXwObjectIdHashtable;

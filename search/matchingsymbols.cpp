@@ -38,17 +38,8 @@ void QxwEventDispatcher::AddFoundSymbolInfo(JNIEnv* pEnv, const char* symbolLabe
                                             const char* submapName, const char* objectSelectionName,
                                             QXwObjectId objectId, QXwSymbolId symbolId,
                                             QXwSubmapId submapId, const char* symbolType,
-                                            QXwStatusType symbolStatus,
-                                            skiff::search::FoundSymbolTexts* texts) {
+                                            QXwStatusType symbolStatus) {
   LocalRef<jstring> label(pEnv, mb2jstring(pEnv, symbolLabel));
-  if (texts != nullptr) {
-    skiff::jni::CallVoid(pEnv, Peer(), m_addFoundSymbolInfo, label.get(),
-                         texts->submapNames.Get(submapName),
-                         texts->selectionNames.Get(objectSelectionName), skiff::JavaId(objectId),
-                         skiff::JavaId(symbolId), skiff::JavaId(submapId),
-                         texts->types.Get(symbolType), static_cast<jint>(symbolStatus));
-    return;
-  }
   LocalRef<jstring> submap(pEnv, mb2jstring(pEnv, submapName));
   LocalRef<jstring> selectionName(pEnv, mb2jstring(pEnv, objectSelectionName));
   LocalRef<jstring> type(pEnv, mb2jstring(pEnv, symbolType));
