@@ -138,10 +138,10 @@ jmethodID JNICALL GetMethodID(JNIEnv*, jclass cls, const char* name, const char*
   return reinterpret_cast<jmethodID>(&g_methods.emplace_back(Method{name, signature}));
 }
 
-// Copies `length` elements of an int or byte array (or the characters of a
-// string) from `start`: out of it into `out`, or into it from `in`.
+// Copies `length` elements of an int or byte array from `start`: out of it
+// into `out`, or into it from `in`.
 template <typename T>
-void Region(jobject array, jsize start, jsize length, T* out, const T* in = nullptr) {
+void Region(jarray array, jsize start, jsize length, T* out, const T* in = nullptr) {
   std::vector<jint>& values = Of(array).values;
   Check(start >= 0 && length >= 0 && size_t(start) + size_t(length) <= values.size());
   for (jsize i = 0; i < length; ++i) {
@@ -174,11 +174,6 @@ JNINativeInterface_ g_functions = [] {
   f.CallStaticVoidMethodV = CallVoid<jclass>;
   f.NewObjectV = NewObject;
   f.NewStringUTF = [](JNIEnv*, const char* text) { return jstring(Local(String(text))); };
-  // A string's characters are its bytes (enough for the text conversion's check).
-  f.GetStringLength = [](JNIEnv*, jstring s) { return jsize(Of(s).values.size()); };
-  f.GetStringRegion = [](JNIEnv*, jstring s, jsize start, jsize n, jchar* out) {
-    Region(s, start, n, out);
-  };
   f.GetStringUTFChars = [](JNIEnv*, jstring s, jboolean*) -> const char* {
     const std::vector<jint>& bytes = Of(s).values;
     return strdup(std::string(bytes.begin(), bytes.end()).c_str());
