@@ -74,11 +74,11 @@ class LocalRef {
 // A frame of local references around one unit of work: every local
 // reference made while it lives is gone when it ends, as when a native
 // method returns. A thread that stays in one native call for good (the
-// dispatcher thread in its event loop) opens one per event, so that the
-// virtual machine's table of its local references never grows with the
-// references it has deleted, which makes every later JNI call of the thread
-// slower. A null environment, or a frame that cannot be opened (said on
-// standard error), leaves references as they are.
+// dispatcher thread in its event loop) opens one per event, so that a
+// reference some path forgets to delete is freed with its event instead of
+// piling up for the life of the session. A null environment, or a frame
+// that cannot be opened (said on standard error), leaves references as they
+// are.
 class LocalFrame {
  public:
   // `capacity` is the number of references the work holds at once at most.

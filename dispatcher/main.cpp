@@ -124,7 +124,7 @@ void QxwEventDispatcher::Listen() {
   JNIEnv* pEnv = skiff::jni::AttachedEnv();
   for (;;) {
     // Each event and request gets a frame of its own: this thread never
-    // returns from its native call to let the virtual machine reset them.
+    // returns from its native call, which would free what one leaves.
     skiff::jni::LocalFrame frame(pEnv, kLocalReferencesPerEvent);
     if (QXwProcessEvent() < 0) break;
   }
