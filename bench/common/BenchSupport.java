@@ -56,6 +56,22 @@ public final class BenchSupport {
         if (stayOnThisCpu() < 0) {
             System.err.println(bench + ": the threads could not be kept on one CPU");
         }
+        return connect(dispatcher);
+    }
+
+    /** A dispatcher whose row data is a short constant: a row data request measures the channel. */
+    static final class ConstantRows extends QxwEventDispatcher {
+        @Override
+        protected String getSymbolRowData(int symbolId, int objectId, int propertySetIndex) {
+            return "row";
+        }
+    }
+
+    /**
+     * A session on the map named by QXW_MAP with the dispatcher given, its one connection made;
+     * its threads run wherever the system puts them.
+     */
+    static QxwInterface connect(QxwEventDispatcher dispatcher) {
         QxwInterface client = new QxwInterface(dispatcher);
         client.open(false, false, false);
         dispatcher.startDispatcherThread(false, false, false, false);

@@ -1,6 +1,5 @@
 package com.quenda.skiff.trellis.bench;
 
-import com.quenda.skiff.trellis.server.QxwEventDispatcher;
 import com.quenda.skiff.trellis.server.QxwInterface;
 import java.io.IOException;
 import java.io.InputStream;
@@ -10,7 +9,6 @@ import java.net.ServerSocket;
 import java.net.Socket;
 import java.nio.charset.StandardCharsets;
 import java.util.Locale;
-import java.util.concurrent.TimeUnit;
 
 /**
  * Round-trip time of a row data request from a Java thread, against a bare loopback TCP
@@ -24,13 +22,6 @@ public final class RoundTripBench {
     private static final byte[] REQUEST = "2 1 2 3\0".getBytes(StandardCharsets.US_ASCII);
     private static final byte[] ANSWER = "1\0".getBytes(StandardCharsets.US_ASCII);
 
-    /** Row data is a short constant: the figure is the channel's, not the row's. */
-    private static final class ConstantRows extends QxwEventDispatcher {
-        @Override
-        protected String getSymbolRowData(int symbolId, int objectId, int propertySetIndex) {
-            return "row";
-        }
-    }
 
     /** The baseline: one loopback connection answered by a thread of its own. */
     private static final class PingPong implements AutoCloseable {
@@ -111,14 +102,7 @@ public final class RoundTripBench {
         int perRound = args.length > 1 ? Integer.parseInt(args[1]) : 2000;
         System.loadLibrary("skiffroundtripbench");
 
-        QxwEventDispatcher dispatcher = new ConstantRows();
-        QxwInterface client = new QxwInterface(dispatcher);
-        client.open(false, false, false);
-        dispatcher.startDispatcherThread(false, false, false, false);
-        if (client.awaitConnectionResults(30, TimeUnit.SECONDS) == null) {
-            throw new IllegalStateException("the dispatcher reported no connection results");
-        }
-        client.getSubmapAndSymbols(0);  // makes the one connection
+        QxwInterface client = BenchSupport.connect(new BenchSupport.ConstantRows());
 
         RoundTrip request = () -> {
             if (!client.getSymbolRowData(1, 2, 3)) throw new IllegalStateException("answered 0");

@@ -1,6 +1,5 @@
 package com.quenda.skiff.trellis.bench;
 
-import com.quenda.skiff.trellis.server.QxwEventDispatcher;
 import com.quenda.skiff.trellis.server.QxwInterface;
 import java.lang.management.ManagementFactory;
 import java.util.ArrayList;
@@ -8,7 +7,6 @@ import java.util.Arrays;
 import java.util.List;
 import java.util.Locale;
 import java.util.concurrent.CountDownLatch;
-import java.util.concurrent.TimeUnit;
 
 /**
  * Java threads sharing the one request connection: 1, 4 and 16 threads each making row data
@@ -25,13 +23,6 @@ import java.util.concurrent.TimeUnit;
 public final class SharingBench {
     private static final int[] THREADS = {1, 4, 16};
 
-    /** Row data is a short constant: the figure is the channel's, not the row's. */
-    private static final class ConstantRows extends QxwEventDispatcher {
-        @Override
-        protected String getSymbolRowData(int symbolId, int objectId, int propertySetIndex) {
-            return "row";
-        }
-    }
 
     /** What one count of threads did in the time given. */
     private record Run(int threads, long[] counts, long[] latencies, long nanos, long cpuNanos) {
@@ -107,14 +98,7 @@ public final class SharingBench {
         double seconds = args.length > 0 ? Double.parseDouble(args[0]) : 2;
         int rounds = args.length > 1 ? Integer.parseInt(args[1]) : 3;
         long nanos = (long) (seconds * 1e9);
-        QxwEventDispatcher dispatcher = new ConstantRows();
-        QxwInterface client = new QxwInterface(dispatcher);
-        client.open(false, false, false);
-        dispatcher.startDispatcherThread(false, false, false, false);
-        if (client.awaitConnectionResults(30, TimeUnit.SECONDS) == null) {
-            throw new IllegalStateException("the dispatcher reported no connection results");
-        }
-        client.getSubmapAndSymbols(0);  // makes the one connection
+        QxwInterface client = BenchSupport.connect(new BenchSupport.ConstantRows());
         run(client, 4, nanos / 4);  // warm-up
 
         Run[][] runs = new Run[THREADS.length][rounds];
